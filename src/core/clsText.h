@@ -1,0 +1,141 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/TextObject.h"
+
+namespace lumivane {
+
+struct EngineContext;
+
+// The text engine: owns the text list, keeps a second copy of it while the output is locked, and
+// answers the render side through Render* (always the live list) and the editor side through
+// Preview* and Engine* (the locked copy while locked, else the live list).
+//
+// All indices are one-based. An index out of range is quietly skipped: reads give empty or 0,
+// writes do nothing. Nothing here allocates on the Render* path.
+class clsText {
+ public:
+  explicit clsText(EngineContext& context);
+
+  EngineContext& Context() noexcept { return context_; }
+
+  // ---- Renderer side (live list) -------------------------------------------------------
+  std::int32_t RenderGetTextCount() const noexcept { return static_cast<std::int32_t>(LiveTexts.size()); }
+  const std::string& RenderGetCurrentText(std::int32_t index) const noexcept;
+  const TextFont& RenderGetFont(std::int32_t index) const noexcept;
+  const std::string& RenderGetTextBoxTextureFileName(std::int32_t index) const noexcept;
+  // The colour shown now, as the engine stored it.
+  std::int32_t RenderGetCurrentTextColor(std::int32_t index) const noexcept;
+  // The text's colour as a device word, alpha 255.
+  std::uint32_t RenderGetDXTextColor(std::int32_t index) const noexcept;
+  std::int32_t RenderGetLockVideoToTextBox(std::int32_t index) const noexcept;
+  // Whether any live text shows the video in its box, which takes the video off the full screen.
+  bool RenderGetLockVideoToTexture() const noexcept;
+  const std::string& RenderGetAlignX(std::int32_t index) const noexcept;
+  float RenderGetExtrudeText(std::int32_t index) const noexcept;
+  // The global performance clip wins over the text's own setting.
+  bool RenderGetClip(std::int32_t index) const noexcept;
+  // How many copies the text is drawn in: its particle count.
+  std::int32_t RenderGetOutputMultiplier(std::int32_t index) const noexcept;
+  const std::string& RenderGetShape3DType(std::int32_t index) const noexcept;
+  bool RenderGetVertical(std::int32_t index) const noexcept;
+  float RenderGetRotationCurrentAngleX(std::int32_t index) const noexcept;
+  float RenderGetRotationCurrentAngleY(std::int32_t index) const noexcept;
+  float RenderGetRotationCurrentAngleZ(std::int32_t index) const noexcept;
+  void RenderSetRotationCurrentAngle(std::int32_t index, float x, float y, float z) noexcept;
+  // Forces one update of the live text at the next frame (a motion path event).
+  void RenderSynchronizeText(std::int32_t index) noexcept;
+
+  // ---- Editor side (locked copy while locked, else live) -------------------------------
+  std::int32_t PreviewGetTextCount() const noexcept { return static_cast<std::int32_t>(Current().size()); }
+  const std::string& PreviewGetCurrentText(std::int32_t index) const noexcept;
+  struct BoxSize {
+    std::int32_t Width = 0;
+    std::int32_t Height = 0;
+  };
+  BoxSize PreviewGetTextBoxSize(std::int32_t index) const noexcept;
+  void PreviewSetPosition(std::int32_t index, std::int32_t left, std::int32_t top, std::int32_t right,
+                          std::int32_t bottom) noexcept;
+  void PreviewSetTextColor(std::int32_t index, std::int32_t color) noexcept;
+  void PreviewSetTextBackGroundColor(std::int32_t index, std::int32_t color) noexcept;
+  bool PreviewText3D(std::int32_t index) const noexcept;
+  // Moves a text to the end of the list (front) or to position 1 (back); the others keep their
+  // order and every Index is renewed. The text's device objects travel with its record.
+  void PreviewTextZOrder(std::int32_t index, bool toBack);
+  // Each font name used by a text, once, in list order.
+  std::vector<std::string> PreviewGetFontsUsed() const;
+  // Sets the counter's value and the shown text; a hexadecimal counter reads `value` as hex.
+  void PreviewSetTextCounter(std::int32_t index, std::string_view value);
+  void PreviewSetPluseFontSizeCounterValue(std::int32_t index, double value) noexcept;
+  // The string as the preview shows it: stacked one character per line for a vertical text.
+  std::string PreviewBuildText(std::int32_t index, std::string_view text) const;
+
+  // ---- Engine --------------------------------------------------------------------------
+  // Freezes the output: editing goes to a copy until EngineUnlock hands it over.
+  void EngineLock();
+  void EngineUnlock();
+  bool IsLocked() const noexcept { return Locked; }
+  // Empties both lists.
+  void EngineReset();
+  // Rebuilds every EditorText from its Words, joined with CR LF.
+  void EngineBuildEditorText();
+  void EngineSetGlobalPerformanceClip(bool clip) noexcept;
+  // Non-zero while the engine is in the middle of an operation that events may re-enter
+  // (a load, a list rebuild): callers that would touch the list then stay away.
+  int EngineGetState() const noexcept { return busy_; }
+
+  // ---- Record transport ----------------------------------------------------------------
+  // Appends a copy of `record` as the last text and answers its index.
+  std::int32_t TextAppend(const TextObject& record);
+  // Removes a text; those behind it move up and are renumbered.
+  void TextRemove(std::int32_t index);
+  // A whole copy of the record; an empty record for an index out of range.
+  TextObject TextRecordRead(std::int32_t index) const;
+  // Writes a whole record back; its Index is kept as the list position.
+  void TextRecordWrite(std::int32_t index, const TextObject& record);
+  // Copies the stored record's runtime fields into `record` (see the free function).
+  void PreserveRuntimeFields(std::int32_t index, TextObject& record) const;
+  void ApplyTextFont(std::int32_t index, const TextFont& font);
+
+  // Direct read access for the engine's own passes and for tests.
+  const std::vector<TextObject>& Live() const noexcept { return LiveTexts; }
+  const std::vector<TextObject>& LockedCopy() const noexcept { return LockedTexts; }
+  // The list that Preview*, Engine* and record transport work on now.
+  std::vector<TextObject>& Current() noexcept { return Locked ? LockedTexts : LiveTexts; }
+  const std::vector<TextObject>& Current() const noexcept { return Locked ? LockedTexts : LiveTexts; }
+
+  // Marks the engine busy for the lifetime of the scope.
+  class BusyScope {
+   public:
+    explicit BusyScope(clsText& t) noexcept : t_(t) { ++t_.busy_; }
+    ~BusyScope() { --t_.busy_; }
+    BusyScope(const BusyScope&) = delete;
+    BusyScope& operator=(const BusyScope&) = delete;
+
+   private:
+    clsText& t_;
+  };
+
+ private:
+  static const TextObject* At(const std::vector<TextObject>& list, std::int32_t index) noexcept {
+    return index >= 1 && static_cast<std::size_t>(index) <= list.size() ? &list[static_cast<std::size_t>(index - 1)]
+                                                                        : nullptr;
+  }
+  static TextObject* At(std::vector<TextObject>& list, std::int32_t index) noexcept {
+    return index >= 1 && static_cast<std::size_t>(index) <= list.size() ? &list[static_cast<std::size_t>(index - 1)]
+                                                                        : nullptr;
+  }
+  static void Renumber(std::vector<TextObject>& list) noexcept;
+
+  EngineContext& context_;
+  bool Locked = false;
+  std::vector<TextObject> LiveTexts;
+  std::vector<TextObject> LockedTexts;
+  int busy_ = 0;
+};
+
+}  // namespace lumivane

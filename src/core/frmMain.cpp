@@ -1,0 +1,332 @@
+#include "core/frmMain.h"
+
+#include <algorithm>
+
+#include "core/MsgBox.h"
+#include "core/Numbers.h"
+#include "core/StringOps.h"
+#include "core/clsText.h"
+
+namespace lumivane {
+
+namespace {
+
+// Splits typed text into lines at CR LF; a lone LF (as Linux editors write) ends a line too.
+std::vector<std::string> SplitLines(std::string_view text) {
+  std::vector<std::string> lines;
+  std::size_t start = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] != '\n') continue;
+    const std::size_t end = i > start && text[i - 1] == '\r' ? i - 1 : i;
+    lines.emplace_back(text.substr(start, end - start));
+    start = i + 1;
+  }
+  lines.emplace_back(text.substr(start));
+  return lines;
+}
+
+// A rough width for when no font metrics are at hand: 0.6 of the size per character.
+std::int32_t ApproximateWidth(const TextFont& font, std::string_view text) {
+  const float size = font.Size > 0.0f ? font.Size : 12.0f;
+  return static_cast<std::int32_t>(0.6f * size * static_cast<float>(CharacterCount(text)));
+}
+
+}  // namespace
+
+frmMain::frmMain(ControlModel& model, clsText& text, MsgBox& msgBox)
+    : model_(model), text_(text), msgBox_(msgBox), measure_(ApproximateWidth) {
+  templateFont_.Name = "DejaVu Sans";
+  templateFont_.Size = 12.0f;
+  RegisterControls();
+  BindFields();
+
+  // Every text control saves on change, whoever changed it.
+  for (const FieldBinding& b : bindings_) {
+    model_.OnChange(b.control, [this](const ControlEvent&) { Save(); });
+  }
+  // The slider and the typed value of each timer follow each other; Save reads the typed value.
+  auto tie = [this](ControlHandle slider, ControlHandle box) {
+    model_.OnChange(slider, [this, slider, box](const ControlEvent& e) {
+      model_.SetText(box, std::to_string(model_.Value(slider)), e.origin);
+    });
+    model_.OnChange(box, [this, slider, box](const ControlEvent& e) {
+      if (const auto v = ToInt32(LeadingNumber(model_.Text(box)))) model_.SetValue(slider, *v, e.origin);
+    });
+  };
+  tie(c_.SliderSelfTime, c_.txtSelfTime);
+  tie(c_.SliderSequenceTimer, c_.txtSequenceTimer);
+
+  model_.OnChange(chkLockTextUpdate_, [this](const ControlEvent&) {
+    if (model_.Checked(chkLockTextUpdate_)) {
+      text_.EngineLock();
+    } else {
+      text_.EngineUnlock();
+      SyncTextLabels();
+      SetSelectedText(std::min(getSelectedTextIndex(), text_.PreviewGetTextCount()));
+    }
+  });
+}
+
+void frmMain::AddFieldBinding(FieldBinding binding) { bindings_.push_back(std::move(binding)); }
+
+// ---- Editor sync ------------------------------------------------------------------------------
+
+void frmMain::ReadControls(TextObject& record) const {
+  for (const FieldBinding& b : bindings_) {
+    if (b.read) b.read(model_, record);
+  }
+  if (record.WordsPerRow == 0) record.WordsPerRow = 1;
+  // The typed time is also the ceiling of a randomised one.
+  record.SelfTimeMax = record.SelfTime;
+  record.SequenceTimeMax = record.SequenceTime;
+
+  if (record.TextType == "CustomInput") {
+    const std::string& typed = model_.Text(c_.txtEditor);
+    record.EditorText = typed;
+    std::vector<std::string> words;
+    if (record.EditorSplitLines)
+      words = SplitLines(typed);
+    else
+      words.push_back(typed);
+    record.WordCount = static_cast<std::int32_t>(words.size());
+    record.Words = StringList(std::move(words));
+  }
+
+  // A looping rotation keeps the angle the output has reached; a fixed one has none.
+  const std::int32_t index = record.Index;
+  Rotation& r = record.Rotation;
+  r.CurrentAngleX = r.LoopX ? text_.RenderGetRotationCurrentAngleX(index) : 0.0f;
+  r.CurrentAngleY = r.LoopY ? text_.RenderGetRotationCurrentAngleY(index) : 0.0f;
+  r.CurrentAngleZ = r.LoopZ ? text_.RenderGetRotationCurrentAngleZ(index) : 0.0f;
+}
+
+void frmMain::Save() {
+  if (saving_ || renderingProperties_) return;
+  const std::int32_t index = getSelectedTextIndex();
+  if (index < 1 || index > text_.PreviewGetTextCount()) return;
+  saving_ = true;
+
+  ReadControls(TextSelected);
+  text_.PreserveRuntimeFields(index, TextSelected);
+
+  if (model_.Checked(chkOPerateOnAllTexts_)) {
+    for (std::int32_t i = 1; i <= text_.PreviewGetTextCount(); ++i) {
+      TextObject copy = TextSelected;
+      const TextObject own = text_.TextRecordRead(i);
+      ::lumivane::PreserveRuntimeFields(own, copy);
+      // Each text keeps its own place: its index and its box.
+      copy.Index = own.Index;
+      copy.Left = own.Left;
+      copy.Top = own.Top;
+      copy.Right = own.Right;
+      copy.Bottom = own.Bottom;
+      text_.TextRecordWrite(i, copy);
+    }
+  } else {
+    text_.TextRecordWrite(index, TextSelected);
+  }
+  saving_ = false;
+  if (AfterSave) AfterSave();
+}
+
+void frmMain::SetSelectedText(std::int32_t index) { TextSelected = text_.TextRecordRead(index); }
+
+void frmMain::SelectText(std::int32_t index, bool drawFocus) {
+  SetSelectedText(index);
+  RenderTextProperties();
+  if (drawFocus && ShowFocusRectangle) ShowFocusRectangle(index);
+}
+
+void frmMain::RenderTextProperties() {
+  renderingProperties_ = true;
+  const TextObject record = TextSelected;  // the writes below fire handlers; read from a copy
+  for (const FieldBinding& b : bindings_) {
+    if (b.write) b.write(model_, record);
+  }
+  renderingProperties_ = false;
+}
+
+// ---- List operations --------------------------------------------------------------------------
+
+bool frmMain::RefuseWhileLocked() {
+  if (!text_.IsLocked()) return false;
+  msgBox_.Show(kLockedRefusal, MsgBox::OKOnly);
+  return true;
+}
+
+ControlHandle frmMain::LoadTextLabel(std::int32_t index) {
+  const ControlHandle templ = TextLabel(0);
+  ControlHandle label = model_.Add(kFormName, ControlKind::Label, "Text", index);
+  if (const Control* t = templ.get()) {
+    model_.SetSize(label, t->Width, t->Height);
+    model_.SetPosition(label, t->Left, t->Top);
+    model_.SetToolTip(label, t->ToolTipText);
+  }
+  model_.SetCaption(label, std::to_string(index) + "Text");
+  model_.SetVisible(label, true);
+  return label;
+}
+
+std::int32_t frmMain::AddText(std::int32_t x, std::int32_t y) {
+  if (RefuseWhileLocked()) return 0;
+  const std::int32_t index = text_.TextAppend(NewTextObject(templateFont_));
+  ControlHandle label = LoadTextLabel(index);
+  if ((x != 0 || y != 0) && label) {
+    model_.SetPosition(label, x - label->Width / 2, y - label->Height / 2);
+  }
+  SelectText(index, true);
+  SetPosition(index);
+  Save();
+  return index;
+}
+
+void frmMain::RemoveText() {
+  if (model_.Checked(chkLockTextUpdate_)) return;
+  const std::int32_t index = getSelectedTextIndex();
+  if (index < 1 || index > text_.PreviewGetTextCount()) return;
+  text_.TextRemove(index);
+  if (AfterTextRemoved) AfterTextRemoved(index);
+  SyncTextLabels();
+  const std::int32_t count = text_.PreviewGetTextCount();
+  if (count == 0) {
+    TextSelected = TextObject{};
+    return;
+  }
+  SelectText(std::min(index, count), true);
+}
+
+std::int32_t frmMain::CloneOne(std::int32_t source) {
+  // The whole stored record, so the clone starts where its source's counters stand now.
+  TextObject copy = text_.TextRecordRead(source);
+  copy.RenderFont = DeviceRef{};
+  copy.TextBoxTexture = {};
+  copy.Mesh3D = DeviceRef{};
+  const std::int32_t index = text_.TextAppend(copy);
+  LoadTextLabel(index);
+  constexpr std::int32_t kCloneOffset = 12;
+  if (const Control* from = TextLabel(source).get()) {
+    const std::int32_t left = from->Left + kCloneOffset, top = from->Top + kCloneOffset;
+    const std::int32_t width = from->Width, height = from->Height;
+    ControlHandle label = TextLabel(index);
+    model_.SetSize(label, width, height);
+    model_.SetPosition(label, left, top);
+  }
+  SetPosition(index);
+  return index;
+}
+
+void frmMain::CloneText() {
+  if (RefuseWhileLocked()) return;
+  const std::int32_t selected = getSelectedTextIndex();
+  if (selected < 1 || selected > text_.PreviewGetTextCount()) return;
+  Save();  // the edits on the controls belong to the source first
+  std::int32_t last = 0;
+  if (model_.Checked(chkOPerateOnAllTexts_)) {
+    const std::int32_t count = text_.PreviewGetTextCount();
+    for (std::int32_t i = 1; i <= count; ++i) last = CloneOne(i);
+  } else {
+    last = CloneOne(selected);
+  }
+  SelectText(last, true);
+}
+
+void frmMain::SplitText() {
+  if (RefuseWhileLocked()) return;
+  const std::int32_t source = getSelectedTextIndex();
+  if (source < 1 || source > text_.PreviewGetTextCount()) return;
+  const std::string whole = text_.PreviewGetCurrentText(source);
+  if (whole.empty()) return;
+  if (msgBox_.Show(kSplitQuestion, MsgBox::YesNo) != MsgBox::Yes) return;
+  Save();
+
+  const TextObject sourceRecord = text_.TextRecordRead(source);
+  const Control* from = TextLabel(source).get();
+  const std::int32_t left0 = from != nullptr ? from->Left : sourceRecord.Left;
+  const std::int32_t top0 = from != nullptr ? from->Top : sourceRecord.Top;
+  const bool vertical = model_.Checked(c_.chkFontVertical);
+  const std::string stacked = VerticalizeString(whole);
+
+  // One piece per character (a whole UTF-8 sequence), placed where it stands in the measured run.
+  std::vector<std::string> pieces;
+  for (std::size_t i = 0; i < stacked.size();) {
+    std::size_t next = stacked.find(kCrLf, i);
+    if (next == std::string::npos) next = stacked.size();
+    pieces.push_back(stacked.substr(i, next - i));
+    i = next + kCrLf.size();
+  }
+  std::string prefix;
+  std::int32_t first = 0;
+  const std::int32_t lineHeight =
+      static_cast<std::int32_t>((sourceRecord.Font.Size > 0 ? sourceRecord.Font.Size : 12.0f) * 1.2f);
+  for (std::size_t k = 0; k < pieces.size(); ++k) {
+    const std::string& ch = pieces[k];
+    const std::int32_t index = CloneOne(source);
+    if (first == 0) first = index;
+    TextObject piece = text_.TextRecordRead(index);
+    if (piece.TextType == "CustomInput") {
+      piece.EditorText = ch;
+      piece.Words = StringList({ch});
+      piece.WordCount = 1;
+    }
+    piece.Counter.MaxDigits = 1;
+    text_.TextRecordWrite(index, piece);
+    if (piece.TextType != "CustomInput") text_.PreviewSetTextCounter(index, ch);
+    ControlHandle label = TextLabel(index);
+    if (vertical)
+      model_.SetPosition(label, left0, top0 + lineHeight * static_cast<std::int32_t>(k));
+    else
+      model_.SetPosition(label, left0 + measure_(sourceRecord.Font, prefix), top0);
+    SetPosition(index);
+    prefix += ch;
+  }
+  SelectText(source);
+  RemoveText();
+  // The source is gone, so the first piece moved up by one.
+  if (first > 0) SelectText(first - 1, true);
+}
+
+void frmMain::TextZOrder(std::int32_t index, bool toBack) {
+  if (index < 1 || index > text_.PreviewGetTextCount()) return;
+  text_.PreviewTextZOrder(index, toBack);
+  if (AfterZOrder) AfterZOrder(index, toBack);
+  SyncTextLabels();
+  SelectText(toBack ? 1 : text_.PreviewGetTextCount(), true);
+}
+
+void frmMain::ResetTexts() {
+  text_.EngineReset();
+  SyncTextLabels();
+  TextSelected = TextObject{};
+}
+
+void frmMain::SetPosition(std::int32_t index) {
+  const Control* label = TextLabel(index).get();
+  if (label == nullptr) return;
+  text_.PreviewSetPosition(index, label->Left, label->Top, label->Left + label->Width, label->Top + label->Height);
+  if (index == getSelectedTextIndex()) {
+    TextSelected.Left = label->Left;
+    TextSelected.Top = label->Top;
+    TextSelected.Right = label->Left + label->Width;
+    TextSelected.Bottom = label->Top + label->Height;
+  }
+}
+
+void frmMain::SyncTextLabels() {
+  const std::int32_t count = text_.PreviewGetTextCount();
+  for (std::int32_t i = 1; i <= count; ++i) {
+    ControlHandle label = TextLabel(i);
+    if (!label) label = LoadTextLabel(i);
+    const TextObject& t = text_.Current()[static_cast<std::size_t>(i - 1)];
+    model_.SetSize(label, t.Right - t.Left, t.Bottom - t.Top);
+    model_.SetPosition(label, t.Left, t.Top);
+    model_.SetCaption(label, t.CurrentText.empty() ? std::to_string(i) + "Text" : t.CurrentText);
+  }
+  // Unload the labels of texts that are gone.
+  for (std::int32_t i = count + 1;; ++i) {
+    ControlHandle label = TextLabel(i);
+    if (!label) break;
+    model_.Remove(label);
+  }
+}
+
+}  // namespace lumivane

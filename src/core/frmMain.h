@@ -1,0 +1,137 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/ControlModel.h"
+#include "core/TextObject.h"
+
+namespace lumivane {
+
+class clsText;
+class MsgBox;
+
+// The main window as the engine sees it: its controls in the control model, the editor's copy of
+// the selected text (TextSelected) and the procedures that keep that copy, the controls and the
+// engine in step. The Qt window is a view over these controls; nothing here needs a widget.
+class frmMain {
+ public:
+  static constexpr std::string_view kFormName = "frmMain";
+  static constexpr std::string_view kLockedRefusal = "Text Objects cannot be Added/ Cloned while Output is Locked.";
+  static constexpr std::string_view kSplitQuestion = "Do you really want to split the selected Text into single Characters?";
+
+  // The controls that edit a text, each bound to a field of TextSelected.
+  struct TextControls {
+    ControlHandle txtSelfTime, SliderSelfTime, chkRandomizeTime, cmdLockVideoToTextBox, chkClipText, picTextColor,
+        cboAlignX, cboTextType, txtDictionary, cboDictionaryLoopDirection, chkExactWordLength,
+        cboDictionaryMaxWordLength, chkUpperCase, chkLowerCase, chkMixedCase1, chkMixedCase2, txtExcludeCharachters,
+        cboLineBreak, txtWordFilterStart, txtWordFilterEnd, chkBinary, chkEditorSplitLines, cboWordsPerRow,
+        chkTextTitleMode, chkTextTickerMode, chkDictionaryCutLine, cboCounterType, cboCounterDirection, cboMinDigits,
+        cboMaxDigits, cboCounterOffset, cboCounterLineBreak, chkRandomizeXYManual, SliderRandomizeX,
+        SliderRandomizeY, chkRandomizeFontSizeManual, SliderRandomizeFontSize, SliderRandomizeColor, chkFlashText,
+        chkSequenceText, txtSequenceTimer, SliderSequenceTimer, chkRandomizeSequence, txtEditor,
+        cboEditorCounterDirection, chk3D, SliderRotationX, SliderRotationY, SliderRotationZ, chkRotationLoopX,
+        chkRotationLoopY, chkRotationLoopZ, chkRotationWorld, chkFineTuneRotation, picTextBackgroundColor,
+        chkRandomizeFont, cbo3DExtrude, chkPulseFontSize, chkPulseFontColor, chkFontVertical;
+  };
+
+  // How wide a string is drawn in a font, in preview pane units; the shell supplies the real
+  // measure once fonts are available.
+  using TextMeasure = std::function<std::int32_t(const TextFont& font, std::string_view text)>;
+
+  frmMain(ControlModel& model, clsText& text, MsgBox& msgBox);
+  frmMain(const frmMain&) = delete;
+  frmMain& operator=(const frmMain&) = delete;
+
+  ControlModel& Model() noexcept { return model_; }
+  clsText& Text() noexcept { return text_; }
+  const TextControls& Controls() const noexcept { return c_; }
+  ControlHandle chkLockTextUpdate() const noexcept { return chkLockTextUpdate_; }
+  ControlHandle chkOPerateOnAllTexts() const noexcept { return chkOPerateOnAllTexts_; }
+  // Member `index` of the control array "Text": one movable label per text, in list order.
+  // Index 0 is the hidden template the others are made from.
+  ControlHandle TextLabel(std::int32_t index) const { return model_.Find(kFormName, "Text", index); }
+
+  // The editor's copy of the selected text.
+  TextObject TextSelected;
+
+  // ---- Editor sync -------------------------------------------------------------------------
+  // Reads every text control into TextSelected, keeps the running state of the stored record,
+  // and writes it back (to every text, each keeping its own position, when operate-on-all is
+  // ticked). Every text control's change handler calls it. Re-entry and writes made while the
+  // controls are being filled from a record do nothing.
+  void Save();
+  // Fetches the record, fills the controls from it, and optionally shows the focus rectangle.
+  void SelectText(std::int32_t index, bool drawFocus = false);
+  // Only fetches the record.
+  void SetSelectedText(std::int32_t index);
+  std::int32_t getSelectedTextIndex() const noexcept { return TextSelected.Index; }
+  // Record to controls; Save does nothing meanwhile.
+  void RenderTextProperties();
+
+  // ---- List operations ---------------------------------------------------------------------
+  // Adds a default text (centred on the pane position x, y unless both are 0) and selects it.
+  // Answers the new index, or 0 when refused because the output is locked.
+  std::int32_t AddText(std::int32_t x = 0, std::int32_t y = 0);
+  // Removes the selected text; does nothing while the output is locked.
+  void RemoveText();
+  // Clones the selected text (or every text with operate-on-all); refused while locked.
+  void CloneText();
+  // Splits the selected text into one text per character, after asking.
+  void SplitText();
+  // Moves the text to the front (end of the list) or the back (position 1).
+  void TextZOrder(std::int32_t index, bool toBack);
+  // Empties the text list and unloads the text labels.
+  void ResetTexts();
+  // Writes the label's place and size on the pane into the record's box.
+  void SetPosition(std::int32_t index);
+  // Makes the "Text" labels match the editor's list: one per text, placed as its box.
+  void SyncTextLabels();
+
+  void SetTextMeasure(TextMeasure measure) { measure_ = std::move(measure); }
+  void SetTemplateFont(const TextFont& font) { templateFont_ = font; }
+  const TextFont& TemplateFont() const noexcept { return templateFont_; }
+
+  // A field binding: how a control is read into a record and filled from one. Other forms (the
+  // particle and shape editors) add theirs, so Save and RenderTextProperties cover them too.
+  struct FieldBinding {
+    ControlHandle control;
+    std::function<void(const ControlModel&, TextObject&)> read;
+    std::function<void(ControlModel&, const TextObject&)> write;
+  };
+  void AddFieldBinding(FieldBinding binding);
+
+  // Hooks for the parts that follow an edit: the renderer's text boxes and the info texts.
+  std::function<void()> AfterSave;
+  std::function<void(std::int32_t index)> AfterTextRemoved;
+  std::function<void(std::int32_t index, bool toBack)> AfterZOrder;
+  // The focus rectangle around the selected label.
+  std::function<void(std::int32_t index)> ShowFocusRectangle;
+
+  bool Saving() const noexcept { return saving_; }
+  bool RenderingProperties() const noexcept { return renderingProperties_; }
+
+ private:
+  void RegisterControls();
+  void BindFields();
+  void ReadControls(TextObject& record) const;
+  ControlHandle LoadTextLabel(std::int32_t index);
+  bool RefuseWhileLocked();
+  std::int32_t CloneOne(std::int32_t source);
+
+  ControlModel& model_;
+  clsText& text_;
+  MsgBox& msgBox_;
+  TextControls c_;
+  ControlHandle chkLockTextUpdate_, chkOPerateOnAllTexts_;
+  std::vector<FieldBinding> bindings_;
+  TextMeasure measure_;
+  TextFont templateFont_;
+  bool saving_ = false;
+  bool renderingProperties_ = false;
+};
+
+}  // namespace lumivane
