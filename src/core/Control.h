@@ -60,6 +60,7 @@ struct Control {
   std::int32_t Index = kNoIndex;
   std::string StoredName;  // the name as files store it, "3Text" for an array member
   bool Drivable = false;   // a controlled parameter: drivable kind, name not on the refused list
+                           // (labels, the preview's text markers, by kind alone)
 
   // Shared by all kinds.
   bool Enabled = true;

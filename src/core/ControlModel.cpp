@@ -64,7 +64,10 @@ ControlHandle ControlModel::Add(std::string_view form, ControlKind kind, std::st
   c->Name = std::string(name);
   c->Index = index;
   c->StoredName = FormatControlName(name, index);
-  c->Drivable = IsDrivableKind(kind) && !IsUndriveableControlName(c->Name);
+  // The refused list is matched by substring, and "Text" (the preview's text markers) is inside
+  // "cmdSplitText". Those labels are taken over through the preview pane, whose name is what the
+  // list is meant for, so labels are judged by kind alone.
+  c->Drivable = IsDrivableKind(kind) && (kind == ControlKind::Label || !IsUndriveableControlName(c->Name));
   c->sequence_ = nextSequence_++;
   c->alive_ = true;
   if (kind == ControlKind::Slider) c->Max = 10;
