@@ -5,4 +5,4 @@ cd "$(dirname "$0")/.."
 bash scripts/install-deps.sh
 cmake -S . -B build/release -G Ninja -DCMAKE_BUILD_TYPE=Release -DLUMIVANE_BUILD_TESTS=OFF >/dev/null
 cmake --build build/release --target lumivane
-exec build/release/lumivane "$@"
+exec build/release/src/app/lumivane "$@"
