@@ -1,7 +1,12 @@
-// Entry point. Until the main window exists, the program reports its version and what it can do.
+// Entry point. Until the main window exists, the windowed program reports its version and what it
+// can do; --headless plays a show without windows.
 #include <cstdio>
-#include <cstring>
+#include <iostream>
+#include <string>
+#include <vector>
 
+#include "app/HeadlessRunner.h"
+#include "app/Options.h"
 #include "lumivane/Version.h"
 
 namespace {
@@ -19,31 +24,30 @@ void PrintCapabilities() {
       "  - the program clock (32-bit ticks, fake and virtual clocks) and the seeded random source\n"
       "  - the text engine: text records, live and locked lists, list operations, renderer and\n"
       "    editor accessors, the editor's Save write-through\n"
-      "The main window, the output and the headless runner follow.\n");
-}
-
-void PrintHelp() {
-  std::printf(
-      "Usage: lumivane [OPTIONS]\n"
-      "  --help      show this help\n"
-      "  --version   show the version\n");
+      "  - the render timer (frame limiter, frame-rate statistics) and the headless runner's frame\n"
+      "    loop: lumivane --headless SHOW.xml --frames N --stats\n"
+      "The main window and the output window follow.\n");
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  for (int i = 1; i < argc; ++i) {
-    if (std::strcmp(argv[i], "--version") == 0) {
-      PrintVersion();
-      return 0;
-    }
-    if (std::strcmp(argv[i], "--help") == 0) {
-      PrintHelp();
-      return 0;
-    }
-    std::fprintf(stderr, "lumivane: unknown option %s (try --help)\n", argv[i]);
+  const std::vector<std::string> args(argv + 1, argv + argc);
+  const lumivane::ParsedOptions parsed = lumivane::ParseOptions(args);
+  if (!parsed.error.empty()) {
+    std::fprintf(stderr, "lumivane: %s\n", parsed.error.c_str());
     return 2;
   }
+  const lumivane::AppOptions& options = parsed.options;
+  if (options.help) {
+    std::fputs(lumivane::UsageText(), stdout);
+    return 0;
+  }
+  if (options.version) {
+    PrintVersion();
+    return 0;
+  }
+  if (options.headless) return lumivane::RunHeadless(options, std::cout, std::cerr);
   PrintVersion();
   PrintCapabilities();
   return 0;

@@ -146,6 +146,10 @@ void frmMain::RenderTextProperties() {
   renderingProperties_ = false;
 }
 
+void frmMain::Render() {
+  if (RenderFrame) RenderFrame();
+}
+
 // ---- List operations --------------------------------------------------------------------------
 
 bool frmMain::RefuseWhileLocked() {

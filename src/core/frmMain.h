@@ -72,6 +72,11 @@ class frmMain {
   // Record to controls; Save does nothing meanwhile.
   void RenderTextProperties();
 
+  // One frame: gathers what the frame depends on, then runs the frame routine. Called by the
+  // output window's timer and by the headless runner alike.
+  void Render();
+  std::function<void()> RenderFrame;
+
   // ---- List operations ---------------------------------------------------------------------
   // Adds a default text (centred on the pane position x, y unless both are 0) and selects it.
   // Answers the new index, or 0 when refused because the output is locked.

@@ -1,0 +1,97 @@
+#include "app/Options.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+
+#include "app/HeadlessRunner.h"
+
+namespace lumivane {
+namespace {
+
+ParsedOptions Parse(std::vector<std::string> args) { return ParseOptions(args); }
+
+TEST(Options, HeadlessOptionsAreParsedAndChecked) {
+  const auto p = Parse({"--headless", "show.xml", "--frames", "600", "--fps", "29.97", "--seed", "7", "--size",
+                        "1920x1080", "--stats"});
+  ASSERT_EQ(p.error, "");
+  EXPECT_TRUE(p.options.headless);
+  EXPECT_EQ(p.options.showFile, "show.xml");
+  EXPECT_EQ(p.options.frames, 600);
+  EXPECT_DOUBLE_EQ(p.options.fps, 29.97);
+  EXPECT_EQ(p.options.seed, 7u);
+  EXPECT_EQ(p.options.width, 1920);
+  EXPECT_EQ(p.options.height, 1080);
+  EXPECT_TRUE(p.options.stats);
+
+  const auto defaults = Parse({"--headless", "show.xml"});
+  EXPECT_EQ(defaults.options.width, 1280);
+  EXPECT_EQ(defaults.options.height, 720);
+  EXPECT_EQ(defaults.options.FrameCount(), 60);
+
+  for (const std::vector<std::string>& bad : std::vector<std::vector<std::string>>{
+           {"--headless"},
+           {"--headless", "s.xml", "--frames", "-1"},
+           {"--headless", "s.xml", "--frames", "ten"},
+           {"--headless", "s.xml", "--fps", "0"},
+           {"--headless", "s.xml", "--fps", "nan"},
+           {"--headless", "s.xml", "--size", "1920"},
+           {"--headless", "s.xml", "--size", "0x100"},
+           {"--headless", "s.xml", "--size", "99999x100"},
+           {"--headless", "s.xml", "--seed", "-3"},
+           {"--headless", "s.xml", "extra;positional"},
+           {"--frames", "10"},
+           {"--bogus"},
+       }) {
+    EXPECT_NE(Parse(bad).error, "") << ::testing::PrintToString(bad);
+  }
+}
+
+TEST(Options, ThePositionalCommandLineIsKeptWhole) {
+  const auto p = Parse({"--app-folder", "/tmp/lv", "list.LMVNPL;2;1;1920x1080;1"});
+  ASSERT_EQ(p.error, "");
+  EXPECT_EQ(p.options.appFolder, "/tmp/lv");
+  EXPECT_EQ(p.options.commandLine, "list.LMVNPL;2;1;1920x1080;1");
+  // A shell that split at blanks: the words come back together.
+  EXPECT_EQ(Parse({"my", "list.LMVNPL;2"}).options.commandLine, "my list.LMVNPL;2");
+}
+
+class HeadlessRunnerTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    showPath = ::testing::TempDir() + "headless_show.xml";
+    std::ofstream(showPath) << "<LumivanePreset/>\n";
+  }
+  void TearDown() override { std::remove(showPath.c_str()); }
+  int Run(std::vector<std::string> args) {
+    out.str("");
+    err.str("");
+    const auto p = ParseOptions(args);
+    EXPECT_EQ(p.error, "");
+    return RunHeadless(p.options, out, err);
+  }
+  std::string showPath;
+  std::ostringstream out, err;
+};
+
+TEST_F(HeadlessRunnerTest, PlaysTheFramesOnTheVirtualClockAndReportsStats) {
+  EXPECT_EQ(Run({"--headless", showPath, "--frames", "90", "--fps", "30", "--stats"}), 0);
+  EXPECT_NE(out.str().find("frames 90\n"), std::string::npos) << out.str();
+  EXPECT_NE(out.str().find("virtual_ms 2966\n"), std::string::npos) << out.str();  // frame 89 at 89*1000/30
+  EXPECT_EQ(err.str(), "");
+}
+
+TEST_F(HeadlessRunnerTest, WhatCannotBeDoneYetOrCannotBeReadEndsWithOneLineAndNonZero) {
+  EXPECT_NE(Run({"--headless", showPath, "--out", "frame_%05d.png"}), 0);
+  EXPECT_NE(err.str().find("--out"), std::string::npos);
+  EXPECT_NE(Run({"--headless", showPath, "--text-log", "t.log"}), 0);
+  EXPECT_NE(Run({"--headless", "/nonexistent/show.xml"}), 0);
+  EXPECT_NE(err.str().find("cannot read the show file"), std::string::npos);
+  const std::string message = err.str();
+  EXPECT_EQ(std::count(message.begin(), message.end(), '\n'), 1) << message;
+}
+
+}  // namespace
+}  // namespace lumivane
