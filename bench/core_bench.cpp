@@ -8,6 +8,7 @@
 #include "core/ControlModel.h"
 #include "core/EngineContext.h"
 #include "core/RandomSource.h"
+#include "core/RenderTimer.h"
 #include "core/clsText.h"
 
 namespace lumivane {
@@ -124,6 +125,24 @@ void BM_RenderFieldsOfAllTexts(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * count * 5);
 }
 BENCHMARK(BM_RenderFieldsOfAllTexts)->Arg(100)->Arg(10000);
+
+// One render timer tick around an empty frame: the limiter test, the clock reads, the 16-bit
+// statistics and, twice a second, the caption text. What the tick itself adds to every frame.
+void BM_EmptyRenderTimerTick(benchmark::State& state) {
+  SystemClock clock;
+  std::int64_t frames = 0;
+  std::string caption;
+  RenderTimer::Hooks hooks;
+  hooks.paused = [] { return false; };
+  hooks.limiterOn = [] { return false; };
+  hooks.yield = [] {};
+  hooks.render = [&frames] { ++frames; };
+  hooks.showRate = [&caption](const std::string& s) { caption = s; };
+  RenderTimer timer(clock, std::move(hooks));
+  for (auto _ : state) benchmark::DoNotOptimize(timer.Tick());
+  benchmark::DoNotOptimize(frames);
+}
+BENCHMARK(BM_EmptyRenderTimerTick);
 
 }  // namespace
 }  // namespace lumivane
