@@ -5,7 +5,9 @@
 #include "core/MsgBox.h"
 #include "core/Numbers.h"
 #include "core/StringOps.h"
+#include "core/EngineContext.h"
 #include "core/clsText.h"
+#include "lumivane/Version.h"
 
 namespace lumivane {
 
@@ -34,11 +36,16 @@ std::int32_t ApproximateWidth(const TextFont& font, std::string_view text) {
 }  // namespace
 
 frmMain::frmMain(ControlModel& model, clsText& text, MsgBox& msgBox)
-    : model_(model), text_(text), msgBox_(msgBox), measure_(ApproximateWidth) {
+    : model_(model), text_(text), msgBox_(msgBox), timer_(text.Context().clock, TimerHooks()),
+      measure_(ApproximateWidth) {
   templateFont_.Name = "DejaVu Sans";
   templateFont_.Size = 12.0f;
+  caption_ = kAppTitle;
   RegisterControls();
+  RegisterPlaybackControls();
   BindFields();
+  ConnectPlayback();
+
 
   // Every text control saves on change, whoever changed it.
   for (const FieldBinding& b : bindings_) {
@@ -65,6 +72,23 @@ frmMain::frmMain(ControlModel& model, clsText& text, MsgBox& msgBox)
       SetSelectedText(std::min(getSelectedTextIndex(), text_.PreviewGetTextCount()));
     }
   });
+}
+
+RenderTimer::Hooks frmMain::TimerHooks() {
+  RenderTimer::Hooks hooks;
+  hooks.yield = [this] { DoYield(); };
+  hooks.paused = [this] { return paused_ && running_; };
+  hooks.limiterOn = [this] { return model_.Checked(p_.chkFPSLimiter); };
+  hooks.beforeRender = [this] {
+    if (RenderPreview && p_.framePreview.get() != nullptr && p_.framePreview->Visible) RenderPreview();
+  };
+  hooks.render = [this] { Render(); };
+  hooks.showRate = [this](const std::string& rate) { SetCaption(std::string(kAppTitle) + rate); };
+  return hooks;
+}
+
+frmMain::~frmMain() {
+  if (running_) StopRender();
 }
 
 void frmMain::AddFieldBinding(FieldBinding binding) { bindings_.push_back(std::move(binding)); }
@@ -144,10 +168,6 @@ void frmMain::RenderTextProperties() {
     if (b.write) b.write(model_, record);
   }
   renderingProperties_ = false;
-}
-
-void frmMain::Render() {
-  if (RenderFrame) RenderFrame();
 }
 
 // ---- List operations --------------------------------------------------------------------------

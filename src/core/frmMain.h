@@ -2,11 +2,15 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
+#include <utility>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "core/ControlModel.h"
+#include "core/OutputWindow.h"
+#include "core/RenderTimer.h"
 #include "core/TextObject.h"
 
 namespace lumivane {
@@ -42,7 +46,21 @@ class frmMain {
   // measure once fonts are available.
   using TextMeasure = std::function<std::int32_t(const TextFont& font, std::string_view text)>;
 
+  // The controls of playback and the output.
+  struct PlaybackControls {
+    ControlHandle cmdPlay, cmdPause, CmdStop, cmdReset, cmdRecord, chkFPSLimiter, cboResolution, cboMonitors,
+        cmdFullScreen, chkAlwaysOnTop, cmdLockResolution, cmdPreview, optPreview4FPS, optPreview8FPS, framePreview;
+  };
+
+  static constexpr std::string_view kResetQuestion = "Are you sure you want to Reset Lumivane?";
+  static constexpr std::string_view kStopQuestion = "Lumivane is currently running. Are you sure you want to Stop?";
+  static constexpr std::string_view kQuitQuestion = "Are you sure you want to Quit Lumivane?";
+  static constexpr std::string_view kDeviceError = "Error initializing OpenGL.";
+  // Each number of the start countdown stands this long, unless a stop cuts it short.
+  static constexpr std::uint32_t kCountdownStepMs = 666;
+
   frmMain(ControlModel& model, clsText& text, MsgBox& msgBox);
+  ~frmMain();
   frmMain(const frmMain&) = delete;
   frmMain& operator=(const frmMain&) = delete;
 
@@ -76,6 +94,42 @@ class frmMain {
   // output window's timer and by the headless runner alike.
   void Render();
   std::function<void()> RenderFrame;
+
+  // ---- Playback ------------------------------------------------------------------------------
+  const PlaybackControls& Playback() const noexcept { return p_; }
+  // Idle to Playback: opens the output, counts down, makes the device and starts the render
+  // timer. Answers whether playback runs; a stop during the countdown or a device that cannot be
+  // made leaves the program Idle.
+  bool StartRender();
+  // Playback to Idle; the render device goes first so a late timer tick finds nothing to draw.
+  void StopRender();
+  // One tick of the output's render timer.
+  void TimerRender();
+  // Empties the show and loads the factory preset.
+  void Reset();
+  // The main window's close request: while Running it only stops (after asking); when Idle it asks
+  // to quit. Answers whether the program quits.
+  bool RequestClose();
+  // The keys of the output window and the main window's hot keys.
+  void HotKey(OutputKey key);
+  bool Running() const noexcept { return running_; }
+  bool Paused() const noexcept { return paused_; }
+  bool CountingDown() const noexcept { return countingDown_; }
+  // The output size chosen in cboResolution ("WIDTHxHEIGHT"); 1280x720 when unreadable.
+  std::pair<int, int> Resolution() const;
+  const std::string& Caption() const noexcept { return caption_; }
+  RenderTimer& Timer() noexcept { return timer_; }
+
+  // Supplied by the application: the output window, how to let events run, the window caption,
+  // and the quit path.
+  std::function<std::unique_ptr<OutputWindow>()> CreateOutputWindow;
+  std::function<void()> Yield;
+  std::function<void(const std::string& caption)> CaptionChanged;
+  std::function<void(bool restart, bool savePositions)> ApplicationQuit;
+  // The frame's background colour: the background form's swatch once that form exists.
+  ControlHandle BackgroundColor;
+  // The preview monitor, refreshed from the timer while its panel shows.
+  std::function<void()> RenderPreview;
 
   // ---- List operations ---------------------------------------------------------------------
   // Adds a default text (centred on the pane position x, y unless both are 0) and selects it.
@@ -121,6 +175,13 @@ class frmMain {
 
  private:
   void RegisterControls();
+  void RegisterPlaybackControls();
+  void ConnectPlayback();
+  RenderTimer::Hooks TimerHooks();
+  void SetCaption(const std::string& caption);
+  void DoYield() {
+    if (Yield) Yield();
+  }
   void BindFields();
   void ReadControls(TextObject& record) const;
   ControlHandle LoadTextLabel(std::int32_t index);
@@ -131,6 +192,15 @@ class frmMain {
   clsText& text_;
   MsgBox& msgBox_;
   TextControls c_;
+  PlaybackControls p_;
+  std::unique_ptr<OutputWindow> output_;
+  bool running_ = false;
+  bool paused_ = false;
+  bool stopRequested_ = false;
+  bool countingDown_ = false;
+  bool deviceReady_ = false;
+  std::string caption_;
+  RenderTimer timer_;
   ControlHandle chkLockTextUpdate_, chkOPerateOnAllTexts_;
   std::vector<FieldBinding> bindings_;
   TextMeasure measure_;

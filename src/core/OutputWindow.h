@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace lumivane {
+
+// The output window (frmDisplay) as the engine drives it. The windowed program implements it with
+// a Qt window and an OpenGL context; tests with a fake.
+class OutputWindow {
+ public:
+  virtual ~OutputWindow() = default;
+  // Opens the window at the output size on the monitor with that list index.
+  virtual void Open(int monitorIndex, int width, int height) = 0;
+  // Paints one card of the start countdown: title, version, the output window's keys, and the
+  // number in a circle.
+  virtual void PaintCountdown(int number) = 0;
+  // Makes the render device; false, with the reason, when none can be made.
+  virtual bool InitializeDevice(std::string& reason) = 0;
+  virtual void DestroyDevice() = 0;
+  // One frame. Until frame composition exists it clears to the background colour and presents.
+  virtual void RenderFrame(std::int32_t backgroundColor) = 0;
+  virtual void SetFullScreen(bool on) = 0;
+  virtual void SetAlwaysOnTop(bool on) = 0;
+  // Enables or disables the window's render timer.
+  virtual void SetTimerEnabled(bool on) = 0;
+  virtual void Close() = 0;
+};
+
+// The keys of the output window; the main window's hot keys share the handler.
+enum class OutputKey { FullScreen, AlwaysOnTop, AlignScreen, PlayPause, ManualFeed, SaveFrame, Stop };
+
+}  // namespace lumivane

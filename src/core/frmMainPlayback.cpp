@@ -1,0 +1,219 @@
+// The main window's playback side: start and stop of the output, the render timer, reset and the
+// close request.
+#include <cstdio>
+
+#include "core/EngineContext.h"
+#include "core/MsgBox.h"
+#include "core/Numbers.h"
+#include "core/RandomSource.h"
+#include "core/clsText.h"
+#include "core/frmMain.h"
+#include "lumivane/Version.h"
+
+namespace lumivane {
+
+namespace {
+
+const std::vector<std::string> kResolutions = {"640x480",   "800x600",   "1024x768",  "1280x720", "1280x1024",
+                                               "1366x768",  "1600x900",  "1920x1080", "1920x1200",
+                                               "2560x1440", "3840x2160"};
+
+}  // namespace
+
+void frmMain::RegisterPlaybackControls() {
+  ControlModel& m = model_;
+  const std::string_view f = kFormName;
+  auto button = [&](std::string_view name, std::string_view caption, bool toggle) {
+    ControlHandle h = m.Add(f, ControlKind::CommandButton, name);
+    m.SetCaption(h, caption);
+    m.SetToggle(h, toggle);
+    return h;
+  };
+  PlaybackControls& p = p_;
+  p.cmdPlay = button("cmdPlay", "Play", false);
+  p.cmdPause = button("cmdPause", "Pause", true);
+  p.CmdStop = button("CmdStop", "Stop", false);
+  p.cmdReset = button("cmdReset", "Reset", false);
+  p.cmdRecord = button("cmdRecord", "Record", true);
+  p.chkFPSLimiter = m.Add(f, ControlKind::CheckBox, "chkFPSLimiter");
+  m.SetCaption(p.chkFPSLimiter, "Limit to max. 24 FPS");
+  p.cboResolution = m.Add(f, ControlKind::ComboBox, "cboResolution");
+  m.SetItems(p.cboResolution, kResolutions);
+  m.SetText(p.cboResolution, "1280x720");
+  p.cboMonitors = m.Add(f, ControlKind::ComboBox, "cboMonitors");
+  p.cmdFullScreen = button("cmdFullScreen", "Full Screen", true);
+  p.chkAlwaysOnTop = m.Add(f, ControlKind::CheckBox, "chkAlwaysOnTop");
+  m.SetCaption(p.chkAlwaysOnTop, "Always on Top");
+  p.cmdLockResolution = button("cmdLockResolution", "Lock", true);
+  p.cmdPreview = button("cmdPreview", "Preview", true);
+  p.optPreview4FPS = m.Add(f, ControlKind::OptionButton, "optPreview4FPS");
+  m.SetCaption(p.optPreview4FPS, "4 FPS");
+  p.optPreview8FPS = m.Add(f, ControlKind::OptionButton, "optPreview8FPS");
+  m.SetCaption(p.optPreview8FPS, "8 FPS");
+  m.SetGroup(p.optPreview4FPS, "PreviewRate");
+  m.SetGroup(p.optPreview8FPS, "PreviewRate");
+  m.SetValue(p.optPreview4FPS, 1);
+  p.framePreview = m.Add(f, ControlKind::Frame, "framePreview");
+  m.SetCaption(p.framePreview, "Output");
+  m.SetVisible(p.framePreview, false);
+
+  // Until the background form exists, its colour swatch stands here, black.
+  BackgroundColor = m.Add("frmBackgrounds", ControlKind::PictureBox, "picBackGroundColor");
+}
+
+void frmMain::ConnectPlayback() {
+  ControlModel& m = model_;
+  const PlaybackControls& p = p_;
+  m.OnChange(p.cmdPlay, [this](const ControlEvent&) {
+    if (!running_) StartRender();
+  });
+  m.OnChange(p.CmdStop, [this](const ControlEvent&) {
+    if (running_) StopRender();
+  });
+  m.OnChange(p.cmdPause, [this](const ControlEvent&) { paused_ = running_ && model_.Value(p_.cmdPause) == 1; });
+  m.OnChange(p.cmdReset, [this](const ControlEvent&) {
+    if (msgBox_.Show(kResetQuestion, MsgBox::YesNo) == MsgBox::Yes) Reset();
+  });
+  m.OnChange(p.cmdFullScreen, [this](const ControlEvent&) {
+    if (output_) output_->SetFullScreen(model_.Value(p_.cmdFullScreen) == 1);
+  });
+  m.OnChange(p.chkAlwaysOnTop, [this](const ControlEvent&) {
+    if (output_) output_->SetAlwaysOnTop(model_.Checked(p_.chkAlwaysOnTop));
+  });
+  m.OnChange(p.cmdPreview, [this](const ControlEvent&) {
+    model_.SetVisible(p_.framePreview, model_.Value(p_.cmdPreview) == 1);
+  });
+}
+
+void frmMain::SetCaption(const std::string& caption) {
+  caption_ = caption;
+  if (CaptionChanged) CaptionChanged(caption_);
+}
+
+std::pair<int, int> frmMain::Resolution() const {
+  const std::string& text = model_.Text(p_.cboResolution);
+  const auto x = text.find('x');
+  if (x != std::string::npos) {
+    const auto w = ToInt32(LeadingNumber(std::string_view(text).substr(0, x)));
+    const auto h = ToInt32(LeadingNumber(std::string_view(text).substr(x + 1)));
+    if (w && h && *w > 0 && *h > 0) return {*w, *h};
+  }
+  return {1280, 720};
+}
+
+bool frmMain::StartRender() {
+  if (running_ || !CreateOutputWindow) return false;
+  text_.Context().TimeScale = 1.0f;
+
+  const auto [width, height] = Resolution();
+  output_ = CreateOutputWindow();
+  if (!output_) return false;
+  output_->Open(std::max(0, model_.ListIndex(p_.cboMonitors)), width, height);
+  running_ = true;
+  stopRequested_ = false;
+  model_.SetEnabled(p_.cboResolution, false);
+
+  // The countdown lets events run, so a stop (Escape, CmdStop, the close request) lands inside it.
+  countingDown_ = true;
+  const Clock& clock = text_.Context().clock;
+  for (int n = 3; n >= 1 && running_ && !stopRequested_; --n) {
+    if (output_) output_->PaintCountdown(n);
+    const Tick start = clock.Now();
+    while (running_ && !stopRequested_ && TicksSince(clock.Now(), start) < kCountdownStepMs) DoYield();
+  }
+  countingDown_ = false;
+  if (!running_) {
+    model_.SetEnabled(p_.cboResolution, true);
+    return false;
+  }
+
+  std::string reason;
+  if (!output_->InitializeDevice(reason)) {
+    // The one failure that changes state: the program stays Idle.
+    StopRender();
+    std::string message(kDeviceError);
+    if (!reason.empty()) message += "\n" + reason;
+    msgBox_.Show(message, MsgBox::OKOnly);
+    return false;
+  }
+  deviceReady_ = true;
+  output_->SetAlwaysOnTop(model_.Checked(p_.chkAlwaysOnTop));
+  if (model_.Value(p_.cmdFullScreen) == 1) output_->SetFullScreen(true);
+  text_.Context().random.ReseedFromClock(clock);
+  model_.SetEnabled(p_.cboMonitors, false);
+  model_.SetEnabled(p_.cmdPlay, false);
+  output_->SetTimerEnabled(true);
+  DoYield();
+  return running_;
+}
+
+void frmMain::StopRender() {
+  running_ = false;
+  paused_ = false;
+  stopRequested_ = true;
+  // The device first: a timer tick that still arrives finds nothing to draw.
+  deviceReady_ = false;
+  if (output_) {
+    output_->SetTimerEnabled(false);
+    output_->DestroyDevice();
+  }
+  model_.SetValue(p_.cmdPlay, 0);
+  model_.SetValue(p_.cmdPause, 0);
+  model_.SetValue(p_.cmdRecord, 0);
+  model_.SetEnabled(p_.cmdPlay, true);
+  // Closing may run events that reach us again: take the window out of reach first.
+  if (std::unique_ptr<OutputWindow> window = std::move(output_)) window->Close();
+  model_.SetValue(p_.cmdFullScreen, 0);
+  model_.SetEnabled(p_.cmdFullScreen, true);
+  model_.SetEnabled(p_.cboResolution, true);
+  model_.SetEnabled(p_.cboMonitors, true);
+  SetCaption(kAppTitle);
+  DoYield();
+}
+
+void frmMain::TimerRender() {
+  if (!running_) return;
+  timer_.Tick();
+}
+
+void frmMain::Render() {
+  if (RenderFrame) RenderFrame();
+  if (deviceReady_ && output_) output_->RenderFrame(model_.BackColor(BackgroundColor));
+}
+
+void frmMain::Reset() {
+  ResetTexts();
+  // The factory preset is loaded here once show files can be read.
+}
+
+bool frmMain::RequestClose() {
+  if (running_) {
+    if (output_) output_->SetAlwaysOnTop(false);
+    if (msgBox_.Show(kStopQuestion, MsgBox::YesNo) == MsgBox::Yes) StopRender();
+    return false;  // the first close only stops
+  }
+  if (msgBox_.Show(kQuitQuestion, MsgBox::YesNo) == MsgBox::No) return false;
+  if (ApplicationQuit) ApplicationQuit(false, true);
+  return true;
+}
+
+void frmMain::HotKey(OutputKey key) {
+  switch (key) {
+    case OutputKey::FullScreen: model_.Press(p_.cmdFullScreen, Origin::Widget); break;
+    case OutputKey::AlwaysOnTop:
+      model_.SetValue(p_.chkAlwaysOnTop, model_.Checked(p_.chkAlwaysOnTop) ? 0 : 1, Origin::Widget);
+      break;
+    case OutputKey::PlayPause:
+      if (running_) model_.Press(p_.cmdPause, Origin::Widget);
+      break;
+    case OutputKey::Stop:
+      if (running_) StopRender();
+      break;
+    case OutputKey::AlignScreen:  // projection mapping's alignment, once it exists
+    case OutputKey::ManualFeed:   // the custom text feed, once text timing exists
+    case OutputKey::SaveFrame:    // needs the render device's read back
+      break;
+  }
+}
+
+}  // namespace lumivane

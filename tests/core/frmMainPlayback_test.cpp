@@ -1,0 +1,177 @@
+#include <gtest/gtest.h>
+
+#include "core/frmMain.h"
+#include "support/EngineFixture.h"
+#include "support/FakeMsgBox.h"
+
+namespace lumivane {
+namespace {
+
+// Logs what the engine asks of the output window.
+struct FakeOutput final : OutputWindow {
+  std::vector<std::string>& log;
+  bool deviceWorks;
+  explicit FakeOutput(std::vector<std::string>& l, bool works) : log(l), deviceWorks(works) {}
+  void Open(int monitor, int w, int h) override {
+    log.push_back("open " + std::to_string(monitor) + " " + std::to_string(w) + "x" + std::to_string(h));
+  }
+  void PaintCountdown(int n) override { log.push_back("countdown " + std::to_string(n)); }
+  bool InitializeDevice(std::string& reason) override {
+    log.push_back("device");
+    if (!deviceWorks) reason = "no OpenGL 3.3 context";
+    return deviceWorks;
+  }
+  void DestroyDevice() override { log.push_back("destroy"); }
+  void RenderFrame(std::int32_t colour) override { log.push_back("frame " + std::to_string(colour)); }
+  void SetFullScreen(bool on) override { log.push_back(on ? "fullscreen on" : "fullscreen off"); }
+  void SetAlwaysOnTop(bool on) override { log.push_back(on ? "ontop on" : "ontop off"); }
+  void SetTimerEnabled(bool on) override { log.push_back(on ? "timer on" : "timer off"); }
+  void Close() override { log.push_back("close"); }
+};
+
+class PlaybackTest : public ::testing::Test, protected test::EngineFixture {
+ protected:
+  ControlModel model;
+  test::FakeMsgBox msg;
+  frmMain form{model, text, msg};
+  const frmMain::PlaybackControls& p = form.Playback();
+  std::vector<std::string> log;
+  bool deviceWorks = true;
+  int yields = 0;
+  std::function<void(int)> duringYield;  // an event arriving at the n-th yield
+
+  void SetUp() override {
+    form.CreateOutputWindow = [this] { return std::make_unique<FakeOutput>(log, deviceWorks); };
+    form.Yield = [this] {
+      clock.Advance(10);
+      ++yields;
+      if (duringYield) duringYield(yields);
+    };
+  }
+  bool Logged(const std::string& entry) const { return std::find(log.begin(), log.end(), entry) != log.end(); }
+};
+
+TEST_F(PlaybackTest, StartCountsDownMakesTheDeviceAndStopUndoesItInOrder) {
+  model.SetText(p.cboResolution, "800x600");
+  model.SetBackColor(form.BackgroundColor, 0x00102030);
+  const Tick before = clock.Now();
+  ASSERT_TRUE(form.StartRender());
+  EXPECT_TRUE(form.Running());
+  EXPECT_GE(clock.Now() - before, 3 * frmMain::kCountdownStepMs);
+  EXPECT_EQ(std::vector<std::string>(log.begin(), log.begin() + 6),
+            (std::vector<std::string>{"open 0 800x600", "countdown 3", "countdown 2", "countdown 1", "device",
+                                      "ontop off"}));
+  EXPECT_EQ(log.back(), "timer on");
+  EXPECT_FALSE(ControlModel::Enabled(p.cmdPlay));
+  EXPECT_FALSE(ControlModel::Enabled(p.cboResolution));
+
+  form.TimerRender();
+  EXPECT_EQ(log.back(), "frame " + std::to_string(0x00102030));
+
+  log.clear();
+  model.Press(p.CmdStop, Origin::Widget);
+  EXPECT_FALSE(form.Running());
+  EXPECT_EQ(std::vector<std::string>(log.begin(), log.begin() + 3),
+            (std::vector<std::string>{"timer off", "destroy", "close"}));
+  EXPECT_TRUE(ControlModel::Enabled(p.cmdPlay));
+  EXPECT_TRUE(ControlModel::Enabled(p.cboResolution));
+  EXPECT_EQ(form.Caption(), "Lumivane");
+  form.TimerRender();  // a late tick after the stop draws nothing
+  EXPECT_EQ(std::count_if(log.begin(), log.end(), [](const std::string& s) { return s.rfind("frame", 0) == 0; }), 0);
+}
+
+TEST_F(PlaybackTest, AStopDuringTheCountdownAbortsTheStart) {
+  duringYield = [this](int n) {
+    if (n == 30) form.HotKey(OutputKey::Stop);  // Escape on the output, in the first number
+  };
+  EXPECT_FALSE(form.StartRender());
+  EXPECT_FALSE(form.Running());
+  EXPECT_FALSE(Logged("device"));
+  EXPECT_FALSE(Logged("countdown 2"));
+  EXPECT_TRUE(Logged("close"));
+  EXPECT_TRUE(ControlModel::Enabled(p.cboResolution));
+  EXPECT_TRUE(ControlModel::Enabled(p.cmdPlay));
+}
+
+TEST_F(PlaybackTest, ADeviceThatCannotBeMadeTellsTheOperatorAndStaysIdle) {
+  deviceWorks = false;
+  EXPECT_FALSE(form.StartRender());
+  EXPECT_FALSE(form.Running());
+  ASSERT_EQ(msg.shown.size(), 1u);
+  EXPECT_EQ(msg.shown[0], "Error initializing OpenGL.\nno OpenGL 3.3 context");
+  EXPECT_TRUE(Logged("close"));
+  EXPECT_FALSE(Logged("timer on"));
+}
+
+TEST_F(PlaybackTest, ClosingDuringPlaybackOnlyStopsAndClosingWhenIdleAsksToQuit) {
+  int quits = 0;
+  form.ApplicationQuit = [&](bool restart, bool savePositions) {
+    EXPECT_FALSE(restart);
+    EXPECT_TRUE(savePositions);
+    ++quits;
+  };
+  ASSERT_TRUE(form.StartRender());
+  msg.answers = {MsgBox::No};
+  EXPECT_FALSE(form.RequestClose());
+  EXPECT_TRUE(form.Running());
+  EXPECT_EQ(msg.shown.back(), "Lumivane is currently running. Are you sure you want to Stop?");
+  msg.answers = {MsgBox::Yes};
+  EXPECT_FALSE(form.RequestClose());  // stops, but the close itself is cancelled
+  EXPECT_FALSE(form.Running());
+  EXPECT_EQ(quits, 0);
+
+  msg.answers = {MsgBox::No};
+  EXPECT_FALSE(form.RequestClose());
+  EXPECT_EQ(msg.shown.back(), "Are you sure you want to Quit Lumivane?");
+  EXPECT_EQ(quits, 0);
+  msg.answers = {MsgBox::Yes};
+  EXPECT_TRUE(form.RequestClose());
+  EXPECT_EQ(quits, 1);
+}
+
+TEST_F(PlaybackTest, PauseSpinsTheTimerAndTheCaptionShowsTheRate) {
+  ASSERT_TRUE(form.StartRender());
+  form.HotKey(OutputKey::PlayPause);
+  EXPECT_TRUE(form.Paused());
+  int frames = 0;
+  form.RenderFrame = [&] {
+    ++frames;
+    clock.Advance(20);
+  };
+  // While paused the tick spins on events; the event that lifts the pause arrives in the spin.
+  duringYield = [this](int) {
+    if (form.Paused()) form.HotKey(OutputKey::PlayPause);
+  };
+  form.TimerRender();
+  EXPECT_FALSE(form.Paused());
+  EXPECT_EQ(frames, 1);
+  duringYield = nullptr;
+  for (int i = 0; i < 30; ++i) form.TimerRender();
+  EXPECT_EQ(form.Caption(), "Lumivane [FPS: 50.0]");
+}
+
+TEST_F(PlaybackTest, ResetAsksFirst) {
+  AddText("a");
+  msg.answers = {MsgBox::No};
+  model.Press(p.cmdReset, Origin::Widget);
+  EXPECT_EQ(msg.shown.back(), "Are you sure you want to Reset Lumivane?");
+  EXPECT_EQ(text.PreviewGetTextCount(), 1);
+  msg.answers = {MsgBox::Yes};
+  model.Press(p.cmdReset, Origin::Widget);
+  EXPECT_EQ(text.PreviewGetTextCount(), 0);
+}
+
+TEST_F(PlaybackTest, OutputKeysReachTheirControls) {
+  ASSERT_TRUE(form.StartRender());
+  form.HotKey(OutputKey::FullScreen);
+  EXPECT_EQ(ControlModel::Value(p.cmdFullScreen), 1);
+  EXPECT_EQ(log.back(), "fullscreen on");
+  form.HotKey(OutputKey::AlwaysOnTop);
+  EXPECT_EQ(log.back(), "ontop on");
+  form.HotKey(OutputKey::Stop);
+  EXPECT_FALSE(form.Running());
+  EXPECT_EQ(ControlModel::Value(p.cmdFullScreen), 0);  // the output is gone, so is full screen
+}
+
+}  // namespace
+}  // namespace lumivane
