@@ -6,11 +6,11 @@ packages=(
   # toolchain
   build-essential cmake ninja-build ccache pkg-config git
   # libraries
-  qt6-base-dev libgl-dev
+  qt6-base-dev libqt6opengl6-dev qt6-qpa-plugins libgl-dev libgl1-mesa-dri libegl-mesa0
   # tests and benchmarks
   libgtest-dev libgmock-dev libbenchmark-dev
   # headless display for window tests
-  xvfb xauth
+  xvfb xauth xdotool x11-apps
   # fonts so text layout has real glyphs on a bare machine
   fonts-dejavu-core
 )

@@ -31,12 +31,13 @@ struct FakeOutput final : OutputWindow {
 
 class PlaybackTest : public ::testing::Test, protected test::EngineFixture {
  protected:
+  // Declared before the form: the form stops a running output as it goes, and logs it.
+  std::vector<std::string> log;
+  bool deviceWorks = true;
   ControlModel model;
   test::FakeMsgBox msg;
   frmMain form{model, text, msg};
   const frmMain::PlaybackControls& p = form.Playback();
-  std::vector<std::string> log;
-  bool deviceWorks = true;
   int yields = 0;
   std::function<void(int)> duringYield;  // an event arriving at the n-th yield
 

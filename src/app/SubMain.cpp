@@ -1,0 +1,189 @@
+#include "app/SubMain.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QSocketNotifier>
+#include <QThread>
+#include <csignal>
+#include <cstdio>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "app/ApplicationFolder.h"
+#include "app/Options.h"
+#include "core/Clock.h"
+#include "core/CommandLine.h"
+#include "core/ControlModel.h"
+#include "core/EngineContext.h"
+#include "core/RandomSource.h"
+#include "core/clsText.h"
+#include "core/frmMain.h"
+#include "lumivane/Version.h"
+#include "shell/FocusTracker.h"
+#include "shell/MainWindow.h"
+#include "shell/frmDisplay.h"
+#include "shell/frmMsgBox.h"
+#include "shell/frmSplash.h"
+
+namespace lumivane {
+
+namespace {
+
+int signalPipe[2] = {-1, -1};
+
+void OnSignal(int) {
+  const char byte = 1;
+  [[maybe_unused]] const auto written = ::write(signalPipe[1], &byte, 1);
+}
+
+// A terminate or interrupt signal (a session ending, a script's kill) quits as the quit command
+// does, so nothing is lost; the handler only wakes the event loop.
+void QuitOnSignals(const std::function<void()>& quit) {
+  if (::socketpair(AF_UNIX, SOCK_STREAM, 0, signalPipe) != 0) return;
+  auto* notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, qApp);
+  QObject::connect(notifier, &QSocketNotifier::activated, qApp, [quit] {
+    char byte;
+    [[maybe_unused]] const auto got = ::read(signalPipe[0], &byte, 1);
+    quit();
+  });
+  struct sigaction sa {};
+  sa.sa_handler = OnSignal;
+  sigemptyset(&sa.sa_mask);
+  sa.sa_flags = SA_RESTART;
+  sigaction(SIGTERM, &sa, nullptr);
+  sigaction(SIGINT, &sa, nullptr);
+}
+
+// The fields of the command line act on the forms that own them; those not built yet are only
+// announced.
+class StartupCommandTarget final : public CommandLineTarget {
+ public:
+  StartupCommandTarget(frmMain& form, frmSplash& splash) : form_(form), splash_(splash) {}
+  void ShowStatus(std::string_view status) override { splash_.SetStatus(QString::fromUtf8(status.data(), status.size())); }
+  void LoadPlayList(const std::string&) override {}
+  void LoadPreset(int) override {}
+  void SelectMonitor(int listIndex) override { form_.Model().SetListIndex(form_.Playback().cboMonitors, listIndex); }
+  void StartRender() override { form_.StartRender(); }
+  void SetFullScreen(int value) override {
+    if ((ControlModel::Value(form_.Playback().cmdFullScreen) != 0) != (value != 0))
+      form_.Model().Press(form_.Playback().cmdFullScreen);
+  }
+  void SetResolution(const std::string& size) override {
+    form_.Model().SetText(form_.Playback().cboResolution, size);
+    form_.Model().SetValue(form_.Playback().cmdLockResolution, 1);
+  }
+  void SetAlwaysOnTop(int value) override {
+    form_.Model().SetValue(form_.Playback().chkAlwaysOnTop, value != 0 ? 1 : 0);
+  }
+
+ private:
+  frmMain& form_;
+  frmSplash& splash_;
+};
+
+}  // namespace
+
+int SubMain(int& argc, char** argv, const AppOptions& options) {
+  QApplication app(argc, argv);
+  QCoreApplication::setOrganizationName(QStringLiteral("Lumivane Orrilabs"));
+  QCoreApplication::setApplicationName(QStringLiteral("Lumivane"));
+  QCoreApplication::setApplicationVersion(
+      QStringLiteral("%1.%2.%3").arg(kVersionMajor).arg(kVersionMinor).arg(kVersionRevision));
+
+  std::string folderError;
+  const std::string applicationFolder = PrepareApplicationFolder(options.appFolder, folderError);
+  if (applicationFolder.empty()) {
+    std::fprintf(stderr, "lumivane: %s\n", folderError.c_str());
+    return 2;
+  }
+
+  SystemClock clock;
+  SeededRandom random;
+  random.ReseedFromClock(clock);
+  EngineContext context{clock, random};
+  ControlModel model;
+  clsText text(context);
+  frmMsgBox msgBox;
+  frmMain form(model, text, msgBox);
+  FocusTracker focus(model);
+
+  bool quitting = false;
+  form.Yield = [&form] {
+    QCoreApplication::processEvents(QEventLoop::AllEvents);
+    // Waiting (the countdown, a pause) need not burn a core.
+    if (form.CountingDown() || form.Paused()) QThread::msleep(1);
+  };
+  form.CreateOutputWindow = [&form]() -> std::unique_ptr<OutputWindow> {
+    auto* window = new frmDisplay;
+    // What a key does may close this very window: hand it on after the key's event is done.
+    QObject::connect(window, &frmDisplay::KeyCommand, qApp, [&form](OutputKey key) {
+      QMetaObject::invokeMethod(qApp, [&form, key] { form.HotKey(key); }, Qt::QueuedConnection);
+    });
+    QObject::connect(window, &frmDisplay::CloseRequested, qApp, [&form] {
+      QMetaObject::invokeMethod(qApp, [&form] { form.HotKey(OutputKey::Stop); }, Qt::QueuedConnection);
+    });
+    QObject::connect(&window->TimerRender(), &QTimer::timeout, qApp, [&form] { form.TimerRender(); });
+    return std::make_unique<DisplayOutput>(window);
+  };
+  form.ApplicationQuit = [&](bool restart, bool /*savePositions*/) {
+    if (quitting) return;
+    quitting = true;
+    QCoreApplication::processEvents();
+    if (form.Running()) form.StopRender();
+    // The Last* files are written here as their formats come to exist.
+    if (restart) QProcess::startDetached(QCoreApplication::applicationFilePath(), QCoreApplication::arguments().mid(1));
+    // exit(), not quit(): quit() would send the windows a close request, which asks first.
+    QCoreApplication::exit(0);
+  };
+  QuitOnSignals([&form] { form.ApplicationQuit(false, true); });
+
+  // 1. The colour scheme comes from the settings once schemes exist.
+  QCoreApplication::processEvents();
+  // 2.
+  frmSplash splash;
+  splash.Initialize();
+  splash.show();
+  splash.SetStatus(QStringLiteral("Starting Lumivane"));
+  MainWindow window(form);
+  // 3.
+  splash.SetStatus(QStringLiteral("Generating User Interface..."));
+  // 4.
+  splash.SetStatus(QStringLiteral("Loading FreeFrame Plugins..."));
+  // 5.
+  splash.SetStatus(QStringLiteral("Initializing..."));
+  window.show();
+  form.Reset();
+  // 6. MIDI connects here once MIDI control exists, when it was on at the last quit.
+  // 7.
+  splash.SetStatus(QStringLiteral("Loading Last Particle Presets..."));
+  // 8.
+  if (!options.commandLine.empty()) {
+    splash.SetStatus(QStringLiteral("Starting with CommandLine..."));
+    StartupCommandTarget target(form, splash);
+    CommandLineProcess(options.commandLine, target);
+  } else {
+    splash.SetStatus(QStringLiteral("Loading Last Preset,Playlist and Cue..."));
+  }
+  // 9.
+  splash.SetStatus(QStringLiteral("Loading Last Audio Setup..."));
+  // 10.
+  splash.SetStatus(QStringLiteral("Initializing Projection Mapping"));
+  // 11.
+  splash.SetStatus(QStringLiteral("Loading User Interface Position"));
+  // 12.
+  splash.SetStatus(QStringLiteral("Ready..."));
+  QElapsedTimer ready;
+  ready.start();
+  while (ready.elapsed() < 500 && !quitting) {
+    QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    QThread::msleep(5);
+  }
+  splash.hide();
+  QCoreApplication::processEvents();
+  if (quitting) return 0;
+  return QApplication::exec();
+}
+
+}  // namespace lumivane

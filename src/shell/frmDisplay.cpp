@@ -1,0 +1,232 @@
+#include "shell/frmDisplay.h"
+
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QOpenGLContext>
+#include <QOpenGLFunctions>
+#include <QOpenGLPaintDevice>
+#include <QPainter>
+#include <QScreen>
+
+#include "lumivane/Version.h"
+
+namespace lumivane {
+
+namespace {
+
+QSurfaceFormat OutputFormat() {
+  QSurfaceFormat format;
+  format.setSwapInterval(1);  // vsync
+  format.setSwapBehavior(QSurfaceFormat::DoubleBuffer);
+  format.setDepthBufferSize(24);
+  return format;
+}
+
+}  // namespace
+
+frmDisplay::frmDisplay() {
+  setObjectName("frmDisplay");
+  setSurfaceType(QSurface::OpenGLSurface);
+  setFormat(OutputFormat());
+  setTitle(QStringLiteral("%1 Output").arg(kAppTitle));
+  timer_.setInterval(1);
+  timer_.setTimerType(Qt::PreciseTimer);
+}
+
+frmDisplay::~frmDisplay() { DestroyContext(); }
+
+bool frmDisplay::MakeContext(std::string& reason) {
+  if (context_) return true;
+  if (!handle()) create();
+  auto context = std::make_unique<QOpenGLContext>();
+  context->setFormat(requestedFormat());
+  if (!context->create()) {
+    reason = "No OpenGL context could be created for the output window.";
+    return false;
+  }
+  const QSurfaceFormat got = context->format();
+  if (got.version() < qMakePair(3, 3)) {
+    reason = QStringLiteral("OpenGL 3.3 is needed; the driver offers %1.%2.")
+                 .arg(got.majorVersion())
+                 .arg(got.minorVersion())
+                 .toStdString();
+    return false;
+  }
+  context_ = std::move(context);
+  return true;
+}
+
+bool frmDisplay::MakeCurrent() { return context_ && isExposed() && context_->makeCurrent(this); }
+
+void frmDisplay::PaintCountdown(int number) {
+  std::string ignored;
+  if (!MakeContext(ignored) || !MakeCurrent()) return;
+  const QSize pixels = size() * devicePixelRatio();
+  QOpenGLPaintDevice device(pixels);
+  device.setDevicePixelRatio(devicePixelRatio());
+  QPainter p(&device);
+  p.fillRect(QRect(QPoint(0, 0), size()), Qt::black);
+  p.setPen(Qt::white);
+  int y = 40;
+  auto line = [&](const QString& text, int pointSize) {
+    QFont font(QStringLiteral("Arial"));
+    font.setPointSize(pointSize);
+    p.setFont(font);
+    p.drawText(QPoint(30, y), text);
+    y += QFontMetrics(font).lineSpacing();
+  };
+  line(kAppTitle, 22);
+  line(QStringLiteral("Version %1.%2.%3").arg(kVersionMajor).arg(kVersionMinor).arg(kVersionRevision), 16);
+  y += 8;
+  line(QStringLiteral("Output Window Commands:"), 12);
+  const char* const keys[][2] = {{"[F]", "Full Screen"},           {"[T]", "Always on Top"},
+                                 {"[Right Click]", "Align Screen"}, {"[Space Bar]", "Play/Pause"},
+                                 {"[Enter]", "Manual Feed"},        {"[CTRL + S]", "Save Frame"}};
+  // Label and function in two columns, as a tab between them would set them.
+  QFont small(QStringLiteral("Arial"));
+  small.setPointSize(12);
+  p.setFont(small);
+  const QFontMetrics metrics(small);
+  const int column = 30 + metrics.horizontalAdvance(QStringLiteral("[Right Click]")) + 24;
+  auto command = [&](const char* key, const char* function) {
+    p.drawText(QPoint(30, y), QString::fromLatin1(key));
+    p.drawText(QPoint(column, y), QString::fromLatin1(function));
+    y += metrics.lineSpacing();
+  };
+  for (const auto& k : keys) command(k[0], k[1]);
+  y += metrics.lineSpacing();
+  command("[Escape]", "Stop");
+
+  QFont huge(QStringLiteral("Arial"));
+  huge.setPointSize(150);
+  p.setFont(huge);
+  const QRect box(QPoint(0, 0), size());
+  const int radius = std::min(box.width(), box.height()) / 3;
+  p.setRenderHint(QPainter::Antialiasing);
+  p.drawEllipse(box.center(), radius, radius);
+  p.drawText(box, Qt::AlignCenter, QString::number(number));
+  p.end();
+  context_->swapBuffers(this);
+}
+
+void frmDisplay::Present(std::int32_t backgroundColor) {
+  if (!MakeCurrent()) return;
+  const auto c = static_cast<std::uint32_t>(backgroundColor);
+  QOpenGLFunctions* gl = context_->functions();
+  gl->glViewport(0, 0, width() * devicePixelRatio(), height() * devicePixelRatio());
+  gl->glClearColor(static_cast<float>(c & 0xFF) / 255.0f, static_cast<float>((c >> 8) & 0xFF) / 255.0f,
+                   static_cast<float>((c >> 16) & 0xFF) / 255.0f, 1.0f);
+  gl->glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+  context_->swapBuffers(this);
+}
+
+void frmDisplay::DestroyContext() {
+  if (context_ && context_->makeCurrent(this)) context_->doneCurrent();
+  context_.reset();
+}
+
+void frmDisplay::keyPressEvent(QKeyEvent* event) {
+  switch (event->key()) {
+    case Qt::Key_F: emit KeyCommand(OutputKey::FullScreen); break;
+    case Qt::Key_T: emit KeyCommand(OutputKey::AlwaysOnTop); break;
+    case Qt::Key_Space: emit KeyCommand(OutputKey::PlayPause); break;
+    case Qt::Key_Return:
+    case Qt::Key_Enter: emit KeyCommand(OutputKey::ManualFeed); break;
+    case Qt::Key_Escape: emit KeyCommand(OutputKey::Stop); break;
+    case Qt::Key_S:
+      if (event->modifiers() & Qt::ControlModifier) emit KeyCommand(OutputKey::SaveFrame);
+      break;
+    default: QWindow::keyPressEvent(event); return;
+  }
+  event->accept();
+}
+
+void frmDisplay::mousePressEvent(QMouseEvent* event) {
+  if (event->button() == Qt::RightButton) emit KeyCommand(OutputKey::AlignScreen);
+}
+
+bool frmDisplay::event(QEvent* event) {
+  if (event->type() == QEvent::Close) {
+    // Closing the output from the window manager stops playback; the engine closes the window.
+    event->ignore();
+    emit CloseRequested();
+    return true;
+  }
+  return QWindow::event(event);
+}
+
+// ---- DisplayOutput ------------------------------------------------------------------------------
+
+DisplayOutput::~DisplayOutput() {
+  if (window_) {
+    window_->TimerRender().stop();
+    window_->hide();
+    window_->deleteLater();
+  }
+}
+
+void DisplayOutput::Open(int monitorIndex, int width, int height) {
+  if (!window_) return;
+  const auto screens = QGuiApplication::screens();
+  QScreen* screen = monitorIndex >= 0 && monitorIndex < screens.size() ? screens[monitorIndex]
+                                                                       : QGuiApplication::primaryScreen();
+  if (screen != nullptr) {
+    window_->setScreen(screen);
+    window_->setPosition(screen->geometry().topLeft());
+  }
+  window_->resize(width, height);
+  windowed_ = QRect(window_->position(), QSize(width, height));
+  window_->show();
+}
+
+void DisplayOutput::PaintCountdown(int number) {
+  if (window_) window_->PaintCountdown(number);
+}
+
+bool DisplayOutput::InitializeDevice(std::string& reason) {
+  if (!window_) {
+    reason = "The output window is gone.";
+    return false;
+  }
+  return window_->MakeContext(reason);
+}
+
+void DisplayOutput::DestroyDevice() {
+  if (window_) window_->DestroyContext();
+}
+
+void DisplayOutput::RenderFrame(std::int32_t backgroundColor) {
+  if (window_) window_->Present(backgroundColor);
+}
+
+void DisplayOutput::SetFullScreen(bool on) {
+  if (!window_) return;
+  if (on) {
+    windowed_ = window_->geometry();
+    window_->showFullScreen();
+  } else {
+    window_->showNormal();
+    window_->setGeometry(windowed_);
+  }
+}
+
+void DisplayOutput::SetAlwaysOnTop(bool on) {
+  if (!window_) return;
+  const bool visible = window_->isVisible();
+  window_->setFlag(Qt::WindowStaysOnTopHint, on);
+  if (visible) window_->show();
+}
+
+void DisplayOutput::SetTimerEnabled(bool on) {
+  if (!window_) return;
+  if (on)
+    window_->TimerRender().start();
+  else
+    window_->TimerRender().stop();
+}
+
+void DisplayOutput::Close() {
+  if (window_) window_->hide();
+}
+
+}  // namespace lumivane

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <QPointer>
+#include <QTimer>
+#include <QWindow>
+#include <memory>
+
+#include "core/OutputWindow.h"
+
+class QOpenGLContext;
+
+namespace lumivane {
+
+// The output window: a native window with an OpenGL context that presents with vsync, paints the
+// start countdown and carries the render timer (interval 1 ms, so frames come as fast as events
+// are delivered, or as vsync allows).
+class frmDisplay final : public QWindow {
+  Q_OBJECT
+
+ public:
+  frmDisplay();
+  ~frmDisplay() override;
+
+  bool MakeContext(std::string& reason);
+  void PaintCountdown(int number);
+  void Present(std::int32_t backgroundColor);
+  void DestroyContext();
+  QTimer& TimerRender() { return timer_; }
+
+ signals:
+  // Keys and clicks are handed on queued: what they do may close this very window.
+  void KeyCommand(lumivane::OutputKey key);
+  void CloseRequested();
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  bool event(QEvent* event) override;
+
+ private:
+  bool MakeCurrent();
+  std::unique_ptr<QOpenGLContext> context_;
+  QTimer timer_;
+};
+
+// frmDisplay as the engine's output window. Owns the window and lets Qt delete it once the
+// events in flight are done with it.
+class DisplayOutput final : public OutputWindow {
+ public:
+  explicit DisplayOutput(frmDisplay* window) : window_(window) {}
+  ~DisplayOutput() override;
+  void Open(int monitorIndex, int width, int height) override;
+  void PaintCountdown(int number) override;
+  bool InitializeDevice(std::string& reason) override;
+  void DestroyDevice() override;
+  void RenderFrame(std::int32_t backgroundColor) override;
+  void SetFullScreen(bool on) override;
+  void SetAlwaysOnTop(bool on) override;
+  void SetTimerEnabled(bool on) override;
+  void Close() override;
+
+ private:
+  QPointer<frmDisplay> window_;
+  QRect windowed_;
+};
+
+}  // namespace lumivane

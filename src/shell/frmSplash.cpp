@@ -1,0 +1,45 @@
+#include "shell/frmSplash.h"
+
+#include <QCoreApplication>
+#include <QLabel>
+#include <QVBoxLayout>
+
+#include "lumivane/Version.h"
+
+namespace lumivane {
+
+frmSplash::frmSplash(QWidget* parent)
+    : QWidget(parent, Qt::SplashScreen | Qt::WindowStaysOnTopHint | Qt::FramelessWindowHint),
+      lblVersion_(new QLabel(this)),
+      lblInfo_(new QLabel(this)) {
+  setObjectName("frmSplash");
+  lblInfo_->setObjectName("lblInfo");
+  auto* title = new QLabel(kAppTitle, this);
+  QFont big = title->font();
+  big.setPointSize(28);
+  big.setBold(true);
+  title->setFont(big);
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(32, 24, 32, 24);
+  layout->addWidget(title);
+  layout->addWidget(lblVersion_);
+  layout->addSpacing(16);
+  layout->addWidget(lblInfo_);
+  setMinimumWidth(420);
+}
+
+void frmSplash::Initialize() {
+  lblVersion_->setText(QStringLiteral("Version %1.%2.%3").arg(kVersionMajor).arg(kVersionMinor).arg(kVersionRevision));
+}
+
+void frmSplash::SetStatus(const QString& text) {
+  lblInfo_->setText(text);
+  if (isVisible()) {
+    repaint();
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+  }
+}
+
+QString frmSplash::Status() const { return lblInfo_->text(); }
+
+}  // namespace lumivane
