@@ -13,6 +13,7 @@ frmSplash::frmSplash(QWidget* parent)
       lblVersion_(new QLabel(this)),
       lblInfo_(new QLabel(this)) {
   setObjectName("frmSplash");
+  setWindowTitle(QStringLiteral("%1 Splash").arg(kAppTitle));
   lblInfo_->setObjectName("lblInfo");
   auto* title = new QLabel(kAppTitle, this);
   QFont big = title->font();
