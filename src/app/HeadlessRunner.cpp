@@ -79,6 +79,15 @@ int RunHeadless(const AppOptions& options, std::ostream& out, std::ostream& err)
   SeededRandom random(options.seed);
   EngineContext context{clock, random};
   ControlModel model;
+  std::ofstream log;
+  if (!options.logFile.empty()) {
+    log.open(options.logFile, std::ios::app);
+    if (!log) {
+      err << "lumivane: cannot write the log file \"" << options.logFile << "\"\n";
+      return 2;
+    }
+    model.SetFailureSink([&log, &clock](const std::string& line) { log << clock.Now() << " ms " << line << '\n'; });
+  }
   clsText text(context);
   HeadlessMsgBox msgBox(err);
   frmMain main(model, text, msgBox);

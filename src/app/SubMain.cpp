@@ -1,9 +1,11 @@
 #include "app/SubMain.h"
 
 #include <QApplication>
+#include <QDateTime>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
+#include <QSettings>
 #include <QSocketNotifier>
 #include <QThread>
 #include <csignal>
@@ -108,6 +110,20 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
   frmMsgBox msgBox;
   frmMain form(model, text, msgBox);
   FocusTracker focus(model);
+  // --log FILE: skipped failures, one line each with the time, for later diagnosis.
+  std::unique_ptr<QFile> log;
+  if (!options.logFile.empty()) {
+    log = std::make_unique<QFile>(QString::fromStdString(options.logFile));
+    if (!log->open(QIODevice::Append | QIODevice::Text)) {
+      std::fprintf(stderr, "lumivane: cannot write the log file %s\n", options.logFile.c_str());
+      return 2;
+    }
+    model.SetFailureSink([&log](const std::string& line) {
+      log->write(QDateTime::currentDateTime().toString(Qt::ISODateWithMs).toUtf8() + ' ' +
+                 QByteArray::fromStdString(line) + '\n');
+      log->flush();
+    });
+  }
 
   bool quitting = false;
   form.Yield = [&form] {
@@ -155,7 +171,9 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
   splash.SetStatus(QStringLiteral("Initializing..."));
   window.show();
   form.Reset();
-  // 6. MIDI connects here once MIDI control exists, when it was on at the last quit.
+  // 6. MIDI connects here once MIDI control exists.
+  if (QSettings().value(QStringLiteral("LastMIDIEnabled")).toInt() == 1)
+    splash.SetStatus(QStringLiteral("Connecting to MIDI..."));
   // 7.
   splash.SetStatus(QStringLiteral("Loading Last Particle Presets..."));
   // 8.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <exception>
 
 #include "core/DriveRules.h"
 #include "core/Numbers.h"
@@ -190,7 +191,10 @@ void ControlModel::Notify(Control& c, ChangeKind change, Origin origin, Listener
     // Errors are resumed: one failing listener must not keep the others from hearing.
     try {
       (*fn)(event);
+    } catch (const std::exception& e) {
+      if (failureSink_) failureSink_("change handler of " + c.FormName + "." + c.StoredName + " failed: " + e.what());
     } catch (...) {
+      if (failureSink_) failureSink_("change handler of " + c.FormName + "." + c.StoredName + " failed");
     }
     if (!self) return;  // unloaded by a listener
   }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -129,6 +130,10 @@ class ControlModel {
   ListenerId Observe(ControlHandle c, ControlHandler view);
   void Disconnect(ControlHandle c, ListenerId id);
 
+  // Where failures that were skipped are reported (a change handler that threw): the program's
+  // --log file. Nothing is reported when unset.
+  void SetFailureSink(std::function<void(const std::string&)> sink) { failureSink_ = std::move(sink); }
+
   // ---- Focus: the active form and control, for animation recording and MIDI learn -------
   void SetFocus(ControlHandle c);
   void SetActiveForm(std::string_view form);
@@ -157,6 +162,7 @@ class ControlModel {
   ListenerId nextListener_ = 1;
   ControlHandle activeControl_;
   std::string activeForm_;
+  std::function<void(const std::string&)> failureSink_;
 };
 
 }  // namespace lumivane

@@ -3,6 +3,7 @@
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QApplication>
 #include <QGroupBox>
 #include <QGuiApplication>
 #include <QHBoxLayout>
@@ -71,6 +72,8 @@ MainWindow::MainWindow(frmMain& form, QWidget* parent) : QMainWindow(parent), fo
 
   form.CaptionChanged = [this](const std::string& caption) { setWindowTitle(QString::fromStdString(caption)); };
   RefreshMonitors();
+  connect(qApp, &QGuiApplication::screenAdded, this, &MainWindow::RefreshMonitors);
+  connect(qApp, &QGuiApplication::screenRemoved, this, &MainWindow::RefreshMonitors);
 }
 
 void MainWindow::RefreshMonitors() {

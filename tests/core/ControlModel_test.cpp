@@ -144,10 +144,13 @@ TEST_F(ControlModelTest, EchoIsGuarded) {
 TEST_F(ControlModelTest, AFailingHandlerDoesNotSilenceTheOthers) {
   ControlHandle c = model.Add("frmMain", ControlKind::CheckBox, "chkClipText");
   int after = 0;
+  std::vector<std::string> logged;
+  model.SetFailureSink([&](const std::string& line) { logged.push_back(line); });
   model.OnChange(c, [](const ControlEvent&) { throw std::runtime_error("broken"); });
   model.OnChange(c, [&](const ControlEvent&) { ++after; });
   EXPECT_NO_THROW(model.SetValue(c, 1));
   EXPECT_EQ(after, 1);
+  EXPECT_EQ(logged, (std::vector<std::string>{"change handler of frmMain.chkClipText failed: broken"}));
 }
 
 TEST_F(ControlModelTest, UndrivableNamesAndKindsAreRefused) {
