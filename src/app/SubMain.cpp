@@ -4,6 +4,7 @@
 #include <QDateTime>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QSettings>
 #include <QSocketNotifier>
@@ -110,6 +111,8 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
   frmMsgBox msgBox;
   frmMain form(model, text, msgBox);
   FocusTracker focus(model);
+  form.ScreenshotFolder = applicationFolder + "/Screenshots";
+  form.FileExists = [](const std::string& path) { return QFileInfo::exists(QString::fromStdString(path)); };
   // --log FILE: skipped failures, one line each with the time, for later diagnosis.
   std::unique_ptr<QFile> log;
   if (!options.logFile.empty()) {

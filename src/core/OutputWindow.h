@@ -20,6 +20,8 @@ class OutputWindow {
   virtual void DestroyDevice() = 0;
   // One frame. Until frame composition exists it clears to the background colour and presents.
   virtual void RenderFrame(std::int32_t backgroundColor) = 0;
+  // Writes the next finished frame to `path` as PNG, without holding up the frame loop.
+  virtual void SaveFrame(const std::string& path) = 0;
   virtual void SetFullScreen(bool on) = 0;
   virtual void SetAlwaysOnTop(bool on) = 0;
   // Enables or disables the window's render timer.

@@ -126,6 +126,11 @@ class frmMain {
   std::function<void()> Yield;
   std::function<void(const std::string& caption)> CaptionChanged;
   std::function<void(bool restart, bool savePositions)> ApplicationQuit;
+  // Ctrl+S on the output: the next frame goes to a new "frame_NNNNN.png" in ScreenshotFolder.
+  void TakeScreenShot();
+  std::string ScreenshotFolder;
+  // Answers whether a file exists; the application supplies the file system's answer.
+  std::function<bool(const std::string& path)> FileExists;
   // The frame's background colour: the background form's swatch once that form exists.
   ControlHandle BackgroundColor;
   // The preview monitor, refreshed from the timer while its panel shows.
@@ -199,6 +204,7 @@ class frmMain {
   bool stopRequested_ = false;
   bool countingDown_ = false;
   bool deviceReady_ = false;
+  int screenshotNumber_ = 0;
   std::string caption_;
   RenderTimer timer_;
   ControlHandle chkLockTextUpdate_, chkOPerateOnAllTexts_;

@@ -186,6 +186,18 @@ void frmMain::Reset() {
   // The factory preset is loaded here once show files can be read.
 }
 
+void frmMain::TakeScreenShot() {
+  if (!deviceReady_ || !output_ || ScreenshotFolder.empty()) return;
+  // Numbered, not dated: the next free number, so shots sort in the order they were taken.
+  std::string path;
+  do {
+    char name[32];
+    std::snprintf(name, sizeof name, "/frame_%05d.png", ++screenshotNumber_);
+    path = ScreenshotFolder + name;
+  } while (FileExists && FileExists(path) && screenshotNumber_ < 99999);
+  output_->SaveFrame(path);
+}
+
 bool frmMain::RequestClose() {
   if (running_) {
     if (output_) output_->SetAlwaysOnTop(false);
@@ -209,9 +221,9 @@ void frmMain::HotKey(OutputKey key) {
     case OutputKey::Stop:
       if (running_) StopRender();
       break;
+    case OutputKey::SaveFrame: TakeScreenShot(); break;
     case OutputKey::AlignScreen:  // projection mapping's alignment, once it exists
     case OutputKey::ManualFeed:   // the custom text feed, once text timing exists
-    case OutputKey::SaveFrame:    // needs the render device's read back
       break;
   }
 }

@@ -1,6 +1,11 @@
 #include "shell/frmDisplay.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QGuiApplication>
+#include <QImage>
+#include <QSaveFile>
+#include <thread>
 #include <QKeyEvent>
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
@@ -117,6 +122,19 @@ void frmDisplay::Present(std::int32_t backgroundColor) {
   gl->glClearColor(static_cast<float>(c & 0xFF) / 255.0f, static_cast<float>((c >> 8) & 0xFF) / 255.0f,
                    static_cast<float>((c >> 16) & 0xFF) / 255.0f, 1.0f);
   gl->glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+  if (!grabPath_.isEmpty()) {
+    const int w = width() * devicePixelRatio(), h = height() * devicePixelRatio();
+    QImage frame(w, h, QImage::Format_RGBA8888);
+    gl->glReadPixels(0, 0, w, h, GL_RGBA, GL_UNSIGNED_BYTE, frame.bits());
+    // Encoding a PNG takes longer than a frame: do it beside the loop, and write the file whole
+    // or not at all.
+    std::thread([image = frame.mirrored(), path = grabPath_] {
+      QDir().mkpath(QFileInfo(path).path());
+      QSaveFile file(path);
+      if (file.open(QIODevice::WriteOnly) && image.save(&file, "PNG")) file.commit();
+    }).detach();
+    grabPath_.clear();
+  }
   context_->swapBuffers(this);
 }
 
@@ -197,6 +215,10 @@ void DisplayOutput::DestroyDevice() {
 
 void DisplayOutput::RenderFrame(std::int32_t backgroundColor) {
   if (window_) window_->Present(backgroundColor);
+}
+
+void DisplayOutput::SaveFrame(const std::string& path) {
+  if (window_) window_->GrabNextFrame(QString::fromStdString(path));
 }
 
 void DisplayOutput::SetFullScreen(bool on) {

@@ -25,6 +25,8 @@ class frmDisplay final : public QWindow {
   void PaintCountdown(int number);
   void Present(std::int32_t backgroundColor);
   void DestroyContext();
+  // The next presented frame is read back and written to `path` as PNG on a worker thread.
+  void GrabNextFrame(const QString& path) { grabPath_ = path; }
   QTimer& TimerRender() { return timer_; }
 
  signals:
@@ -41,6 +43,7 @@ class frmDisplay final : public QWindow {
   bool MakeCurrent();
   std::unique_ptr<QOpenGLContext> context_;
   QTimer timer_;
+  QString grabPath_;
 };
 
 // frmDisplay as the engine's output window. Owns the window and lets Qt delete it once the
@@ -54,6 +57,7 @@ class DisplayOutput final : public OutputWindow {
   bool InitializeDevice(std::string& reason) override;
   void DestroyDevice() override;
   void RenderFrame(std::int32_t backgroundColor) override;
+  void SaveFrame(const std::string& path) override;
   void SetFullScreen(bool on) override;
   void SetAlwaysOnTop(bool on) override;
   void SetTimerEnabled(bool on) override;

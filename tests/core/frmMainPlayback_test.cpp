@@ -23,6 +23,7 @@ struct FakeOutput final : OutputWindow {
   }
   void DestroyDevice() override { log.push_back("destroy"); }
   void RenderFrame(std::int32_t colour) override { log.push_back("frame " + std::to_string(colour)); }
+  void SaveFrame(const std::string& path) override { log.push_back("save " + path); }
   void SetFullScreen(bool on) override { log.push_back(on ? "fullscreen on" : "fullscreen off"); }
   void SetAlwaysOnTop(bool on) override { log.push_back(on ? "ontop on" : "ontop off"); }
   void SetTimerEnabled(bool on) override { log.push_back(on ? "timer on" : "timer off"); }
@@ -169,6 +170,13 @@ TEST_F(PlaybackTest, OutputKeysReachTheirControls) {
   EXPECT_EQ(log.back(), "fullscreen on");
   form.HotKey(OutputKey::AlwaysOnTop);
   EXPECT_EQ(log.back(), "ontop on");
+  // Ctrl+S: numbered shots, skipping numbers already taken.
+  form.ScreenshotFolder = "/shots";
+  form.FileExists = [](const std::string& path) { return path == "/shots/frame_00001.png"; };
+  form.HotKey(OutputKey::SaveFrame);
+  EXPECT_EQ(log.back(), "save /shots/frame_00002.png");
+  form.HotKey(OutputKey::SaveFrame);
+  EXPECT_EQ(log.back(), "save /shots/frame_00003.png");
   form.HotKey(OutputKey::Stop);
   EXPECT_FALSE(form.Running());
   EXPECT_EQ(ControlModel::Value(p.cmdFullScreen), 0);  // the output is gone, so is full screen

@@ -48,9 +48,24 @@ xwd -root -silent -out "$work/screen.xwd" || fail "no screenshot"
 [ -s "$work/screen.xwd" ] || fail "empty screenshot"
 if [ -n "${SMOKE_SCREENSHOT:-}" ]; then cp "$work/screen.xwd" "$SMOKE_SCREENSHOT"; fi
 
-window=$(xdotool search --name '^Lumivane Output$' | head -n 1)
-xdotool windowfocus --sync "$window" key Escape || true
-wait_for 10 output_gone || fail "Escape did not stop playback"
+# Ctrl+S on the output saves the frame as a PNG in the application folder.
+shot="$work/app/Screenshots/frame_00001.png"
+for attempt in 1 2 3; do
+  window=$(xdotool search --name '^Lumivane Output$' | head -n 1) || fail "the output window went away"
+  xdotool windowfocus --sync "$window" key ctrl+s >/dev/null 2>&1 || true
+  if wait_for 5 test -s "$shot"; then break; fi
+done
+[ -s "$shot" ] || fail "Ctrl+S saved no frame"
+[ "$(head -c 4 "$shot" | tail -c 3)" = "PNG" ] || fail "the saved frame is no PNG"
+
+# Escape on the output window; a key can be lost while the focus settles, so try a few times.
+stopped=no
+for attempt in 1 2 3; do
+  window=$(xdotool search --name '^Lumivane Output$' | head -n 1) || { stopped=yes; break; }
+  xdotool windowfocus --sync "$window" key Escape >/dev/null 2>&1 || true
+  if wait_for 5 output_gone; then stopped=yes; break; fi
+done
+[ "$stopped" = yes ] || fail "Escape did not stop playback"
 
 kill -TERM "$app_pid"
 status=0
