@@ -1,7 +1,10 @@
 #include "core/Clock.h"
 
+#include "core/Calendar.h"
+
 #include <chrono>
 #include <cmath>
+#include <ctime>
 
 namespace lumivane {
 
@@ -9,6 +12,22 @@ Tick SystemClock::Now() const noexcept {
   const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(
       std::chrono::steady_clock::now().time_since_epoch());
   return static_cast<Tick>(static_cast<std::uint64_t>(ms.count()));
+}
+
+CivilTime SystemClock::LocalTime() const noexcept {
+  const std::time_t now = std::time(nullptr);
+  std::tm parts{};
+  localtime_r(&now, &parts);
+  return {parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday, parts.tm_hour, parts.tm_min, parts.tm_sec};
+}
+
+CivilTime VirtualClock::LocalTime() const noexcept {
+  const std::uint64_t seconds = now_ / 1000u;
+  CivilTime t = CivilFromDays(DaysFromCivil(2000, 1, 1) + static_cast<std::int64_t>(seconds / 86400u));
+  t.Hour = static_cast<int>(seconds / 3600u % 24u);
+  t.Minute = static_cast<int>(seconds / 60u % 60u);
+  t.Second = static_cast<int>(seconds % 60u);
+  return t;
 }
 
 VirtualClock::VirtualClock(double framesPerSecond) noexcept
