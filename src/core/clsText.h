@@ -74,6 +74,15 @@ class clsText {
   // The string as the preview shows it: stacked one character per line for a vertical text.
   std::string PreviewBuildText(std::int32_t index, std::string_view text) const;
 
+  // Loads the word list of text `index` from its dictionary file, through the cache (read again
+  // with `force`), filtered by the text's word rules. A file that cannot be read gives the single
+  // word "file not found". Reads the disk: never call it from the frame.
+  void PreviewLoadDictionary(std::int32_t index, bool force);
+  // A random word to start from, stepped once, and the ticker at its start.
+  void PreviewResetDictionaryCounter(std::int32_t index);
+  // Forgets every cached dictionary file.
+  void ClearDictionaryCache() { dictionaryCache_.clear(); }
+
   // ---- Engine --------------------------------------------------------------------------
   // Freezes the output: editing goes to a copy until EngineUnlock hands it over.
   void EngineLock();
@@ -131,10 +140,19 @@ class clsText {
   }
   static void Renumber(std::vector<TextObject>& list) noexcept;
 
+  struct DictionaryCacheEntry {
+    std::string FileName;
+    bool Binary = false;
+    std::int32_t PieceLength = 0;  // the word length binary files were cut at
+    std::vector<std::string> Lines;
+  };
+  const DictionaryCacheEntry& CachedDictionary(const TextObject& t, bool force);
+
   EngineContext& context_;
   bool Locked = false;
   std::vector<TextObject> LiveTexts;
   std::vector<TextObject> LockedTexts;
+  std::vector<DictionaryCacheEntry> dictionaryCache_;
   int busy_ = 0;
 };
 
