@@ -19,14 +19,24 @@ std::size_t SequenceLength(std::string_view s, std::size_t i) noexcept {
 
 std::string VerticalizeString(std::string_view text) {
   std::string out;
-  out.reserve(text.size() * 3);
+  VerticalizeInto(text, out);
+  return out;
+}
+
+void VerticalizeInto(std::string_view text, std::string& out) {
+  out.clear();
   for (std::size_t i = 0; i < text.size();) {
     const std::size_t n = SequenceLength(text, i);
     if (!out.empty()) out.append(kCrLf);
     out.append(text.substr(i, n));
     i += n;
   }
-  return out;
+}
+
+std::string_view Utf8Prefix(std::string_view text, std::size_t count) noexcept {
+  std::size_t i = 0;
+  for (std::size_t k = 0; k < count && i < text.size(); ++k) i += SequenceLength(text, i);
+  return text.substr(0, i);
 }
 
 std::size_t CharacterCount(std::string_view text) noexcept {

@@ -85,6 +85,14 @@ struct DeviceRef {
   friend bool operator==(const DeviceRef&, const DeviceRef&) = default;
 };
 
+// The font a text was last drawn with, as its update chose it (face, size, style), and the
+// device's object for it, which the renderer makes on demand.
+struct RenderFontState {
+  TextFont Font;
+  DeviceRef Device;
+  friend bool operator==(const RenderFontState&, const RenderFontState&) = default;
+};
+
 // The state of one slider of the particle editor: value, direction, selection and play mode.
 struct PhaseParameter {
   std::int32_t Value = 0;
@@ -193,7 +201,7 @@ struct TextObject {
   bool Cut = false;
   ::lumivane::Counter Counter;
   TextFont Font;
-  DeviceRef RenderFont;
+  RenderFontState RenderFont;
   ::lumivane::Rotation Rotation;
   bool AlphaBlend = false;
   std::int32_t BackGroundColor = 0;

@@ -289,7 +289,7 @@ void clsText::PreserveRuntimeFields(std::int32_t index, TextObject& record) cons
 void clsText::ApplyTextFont(std::int32_t index, const TextFont& font) {
   if (TextObject* t = At(Current(), index)) {
     t->Font = font;
-    t->RenderFont = DeviceRef{};  // the device font is made anew from the new face
+    t->RenderFont = RenderFontState{};  // the device font is made anew from the new face
   }
 }
 

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "core/TextFrame.h"
 #include "core/TextObject.h"
 
 namespace lumivane {
@@ -49,6 +51,27 @@ class clsText {
   void RenderSetRotationCurrentAngle(std::int32_t index, float x, float y, float z) noexcept;
   // Forces one update of the live text at the next frame (a motion path event).
   void RenderSynchronizeText(std::int32_t index) noexcept;
+
+  // ---- Per frame ---------------------------------------------------------------------------
+  // One step of a live text for the frame: decides whether its update is due (only on copy 1),
+  // and when it is draws its new size, colour, position and string; applies flash and sequence.
+  // Copies above 1 only read what the update left. The not-due path does no string building and
+  // allocates nothing.
+  TextFrame TextFrameStep(std::int32_t index, std::int32_t particleIndex, const TextFrameInput& input);
+
+  // Told at most every 250 ms per text what it shows, for the text markers of the editor.
+  std::function<void(std::int32_t index, std::string_view text, std::int32_t color)> PreviewCaption;
+  // A font face drawn at random, for texts that change face at each update.
+  std::function<std::string()> RandomFontName;
+
+  // ---- Operations on all texts (locked copy while locked, else live) -----------------------
+  void PreviewFlashAll();
+  void PreviewFlashOff();
+  void PreviewFlashInvert();
+  void PreviewFlashRandom();
+  void PreviewSequenceRandom();
+  void PreviewTimeShuffle();
+  void PreviewTimeSynchronize();
 
   // ---- Editor side (locked copy while locked, else live) -------------------------------
   std::int32_t PreviewGetTextCount() const noexcept { return static_cast<std::int32_t>(Current().size()); }
@@ -154,6 +177,7 @@ class clsText {
   std::vector<TextObject> LockedTexts;
   std::vector<DictionaryCacheEntry> dictionaryCache_;
   int busy_ = 0;
+  std::string display_;  // the shown string when it is not a record's own (vertical text)
 };
 
 }  // namespace lumivane

@@ -222,7 +222,7 @@ void frmMain::RemoveText() {
 std::int32_t frmMain::CloneOne(std::int32_t source) {
   // The whole stored record, so the clone starts where its source's counters stand now.
   TextObject copy = text_.TextRecordRead(source);
-  copy.RenderFont = DeviceRef{};
+  copy.RenderFont = RenderFontState{};
   copy.TextBoxTexture = {};
   copy.Mesh3D = DeviceRef{};
   const std::int32_t index = text_.TextAppend(copy);
