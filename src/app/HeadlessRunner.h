@@ -1,14 +1,40 @@
 #pragma once
 
+#include <cstdint>
 #include <iosfwd>
+#include <memory>
+#include <vector>
 
 namespace lumivane {
 
 struct AppOptions;
+class ControlModel;
+class clsText;
+class frmMain;
 
-// Plays a show without any window, on the virtual clock and the seeded random source, through the
-// same frame path as the output window. Answers the process exit code: 0 after the last frame,
-// non-zero after a one-line reason on `err`.
+// A show played without any window, on the virtual clock and the seeded random source, through
+// the same frame path as the output window.
+class HeadlessSession {
+ public:
+  HeadlessSession(const AppOptions& options, std::ostream& err);
+  ~HeadlessSession();
+
+  frmMain& Main();
+  clsText& Text();
+  ControlModel& Model();
+
+  // Plays frames 0 to frames-1. With `textLog`, writes one line per drawn text per frame:
+  // frame, ms, text index, copy, string, tab-separated, CR LF written as the two characters \n.
+  // Answers each frame's wall time in ns when `timeFrames` is set.
+  std::vector<std::int64_t> Play(std::int64_t frames, std::ostream* textLog, bool timeFrames);
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
+
+// The whole run: checks the options, plays, writes the log and the statistics. Answers the process
+// exit code: 0 after the last frame, non-zero after a one-line reason on `err`.
 int RunHeadless(const AppOptions& options, std::ostream& out, std::ostream& err);
 
 }  // namespace lumivane

@@ -33,6 +33,7 @@ class RenderTimer {
   };
 
   RenderTimer(const Clock& clock, Hooks hooks);
+  void SetHooks(Hooks hooks) { hooks_ = std::move(hooks); }
 
   // Runs one tick. Answers whether a frame was rendered.
   bool Tick();

@@ -38,6 +38,7 @@ struct TextFrame {
   std::string_view AlignX;
   bool Clip = false;
   bool Updated = false;  // the text's update ran in this step
+  bool Enabled = true;   // the text is drawn at all (EnableRender 1)
 };
 
 }  // namespace lumivane

@@ -47,7 +47,10 @@ TextFrame clsText::TextFrameStep(std::int32_t index, std::int32_t particleIndex,
   const Tick now = clock.Now();
 
   if (t.PulseLastTick == 0) t.PulseLastTick = now;
-  bool due = PeriodElapsed(now, t.LastUpdateTick, t.SelfTime, timeScale);
+  // A text that never showed anything is due at once, also on a clock that starts at 0 (a
+  // headless run), where "now minus 0" is not yet large.
+  bool due = PeriodElapsed(now, t.LastUpdateTick, t.SelfTime, timeScale) ||
+             (t.LastUpdateTick == 0 && t.CurrentText.empty());
   if (t.SynchronizeText) {
     // A motion path event forces one update.
     due = true;
@@ -209,6 +212,7 @@ TextFrame clsText::TextFrameStep(std::int32_t index, std::int32_t particleIndex,
   frame.Rotation = &t.Rotation;
   frame.AlignX = t.AlignX;
   frame.Clip = t.GlobalPerformanceClip || t.Clip;
+  frame.Enabled = t.EnableRender == 1;
   return frame;
 }
 

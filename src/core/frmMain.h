@@ -11,6 +11,7 @@
 #include "core/ControlModel.h"
 #include "core/OutputWindow.h"
 #include "core/RenderTimer.h"
+#include "core/TextFrame.h"
 #include "core/TextObject.h"
 
 namespace lumivane {
@@ -94,6 +95,11 @@ class frmMain {
   // output window's timer and by the headless runner alike.
   void Render();
   std::function<void()> RenderFrame;
+  // What every text's step reads from the controls in this frame.
+  TextFrameInput FrameInput() const;
+  // The back buffer the frame is drawn into: the output size, or the headless --size.
+  int BackBufferWidth = 1280;
+  int BackBufferHeight = 720;
 
   // ---- Playback ------------------------------------------------------------------------------
   const PlaybackControls& Playback() const noexcept { return p_; }

@@ -181,6 +181,15 @@ void frmMain::Render() {
   if (deviceReady_ && output_) output_->RenderFrame(model_.BackColor(BackgroundColor));
 }
 
+TextFrameInput frmMain::FrameInput() const {
+  TextFrameInput input;
+  input.BackBufferWidth = BackBufferWidth;
+  input.BackBufferHeight = BackBufferHeight;
+  if (const Control* x = c_.SliderRandomizeX.get()) input.RandomizeXMin = x->Min;
+  if (const Control* y = c_.SliderRandomizeY.get()) input.RandomizeYMin = y->Min;
+  return input;
+}
+
 void frmMain::Reset() {
   ResetTexts();
   // The factory preset is loaded here once show files can be read.

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "app/HeadlessRunner.h"
+#include "core/clsText.h"
 
 namespace lumivane {
 namespace {
@@ -86,11 +87,52 @@ TEST_F(HeadlessRunnerTest, PlaysTheFramesOnTheVirtualClockAndReportsStats) {
 TEST_F(HeadlessRunnerTest, WhatCannotBeDoneYetOrCannotBeReadEndsWithOneLineAndNonZero) {
   EXPECT_NE(Run({"--headless", showPath, "--out", "frame_%05d.png"}), 0);
   EXPECT_NE(err.str().find("--out"), std::string::npos);
-  EXPECT_NE(Run({"--headless", showPath, "--text-log", "t.log"}), 0);
+  EXPECT_NE(Run({"--headless", showPath, "--midi", "take.mid"}), 0);
+  EXPECT_NE(Run({"--headless", showPath, "--text-log", "/nonexistent/dir/t.log"}), 0);
   EXPECT_NE(Run({"--headless", "/nonexistent/show.xml"}), 0);
   EXPECT_NE(err.str().find("cannot read the show file"), std::string::npos);
   const std::string message = err.str();
   EXPECT_EQ(std::count(message.begin(), message.end(), '\n'), 1) << message;
+}
+
+// A small show built in code, played through the runner's frame loop, checked by its text log.
+TEST(HeadlessTextLog, LogsEveryDrawnTextAndCopyFrameByFrame) {
+  const auto parsed = ParseOptions({"--headless", "show.xml", "--fps", "10", "--seed", "5"});
+  std::ostringstream err;
+  HeadlessSession session(parsed.options, err);
+  clsText& text = session.Text();
+
+  TextObject counter = NewTextObject(TextFont{"DejaVu Sans", 12});
+  counter.Counter.ValueType = "Integer";
+  counter.Counter.Direction = "Increment (+)";
+  counter.Counter.MaxDigits = 3;
+  counter.Counter.Value = 0;
+  counter.SelfTime = 250;  // at 10 fps: updates at 0, 300, 600 ms
+  counter.Particle.Count = 2;  // drawn twice: the text and one copy
+  text.TextAppend(counter);
+
+  TextObject flash = NewTextObject(TextFont{"DejaVu Sans", 12});
+  flash.TextType = "CustomInput";
+  flash.Words = StringList({"on"});
+  flash.WordCount = 1;
+  flash.DictionaryCounter.Direction = "Hold";
+  flash.DictionaryCounter.Value = 1;
+  flash.SelfTime = 450;
+  flash.FlashText = true;
+  flash.Vertical = true;
+  text.TextAppend(flash);
+
+  std::ostringstream log;
+  session.Play(7, &log, false);
+  EXPECT_EQ(log.str(),
+            "0\t0\t1\t0\t1\n0\t0\t1\t1\t1\n0\t0\t2\t0\to\\nn\n"
+            "1\t100\t1\t0\t1\n1\t100\t1\t1\t1\n"
+            "2\t200\t1\t0\t1\n2\t200\t1\t1\t1\n"
+            "3\t300\t1\t0\t2\n3\t300\t1\t1\t2\n"
+            "4\t400\t1\t0\t2\n4\t400\t1\t1\t2\n"
+            "5\t500\t1\t0\t2\n5\t500\t1\t1\t2\n5\t500\t2\t0\to\\nn\n"
+            "6\t600\t1\t0\t3\n6\t600\t1\t1\t3\n");
+  EXPECT_EQ(err.str(), "");
 }
 
 }  // namespace

@@ -1,0 +1,22 @@
+#include "core/TextPass.h"
+
+#include "core/clsText.h"
+
+namespace lumivane {
+
+void TextPass::Run(clsText& text, const TextFrameInput& input, const TextDraw& draw) {
+  const std::int32_t count = text.RenderGetTextCount();
+  for (std::int32_t i = 1; i <= count; ++i) {
+    const std::int32_t copies = text.RenderGetOutputMultiplier(i);
+    for (std::int32_t j = 1; j <= copies; ++j) {
+      TextFrame frame = text.TextFrameStep(i, j, input);
+      if (j == 1)
+        first_.assign(frame.Text);  // the step's own buffer is reused by the next step
+      else
+        frame.Text = first_;
+      if (frame.Enabled && !frame.Text.empty() && draw) draw(i, j - 1, frame);
+    }
+  }
+}
+
+}  // namespace lumivane

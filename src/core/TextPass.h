@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "core/TextFrame.h"
+
+namespace lumivane {
+
+class clsText;
+
+// What is drawn of one text or copy: the text index (one-based), the copy (0 for the text itself,
+// 1.. for its further copies) and the step's result.
+using TextDraw = std::function<void(std::int32_t index, std::int32_t copy, const TextFrame& frame)>;
+
+// The texts of a frame: steps every live text and each of its copies and hands what is drawn to
+// `draw`. A text that is not enabled, or whose string is empty, draws nothing. Copies above the
+// first draw the string the first one drew. Keeps its buffer between frames, so a steady show
+// allocates nothing here.
+class TextPass {
+ public:
+  void Run(clsText& text, const TextFrameInput& input, const TextDraw& draw);
+
+ private:
+  std::string first_;
+};
+
+}  // namespace lumivane
