@@ -41,12 +41,23 @@ TextFrame clsText::TextFrameStep(std::int32_t index, std::int32_t particleIndex,
   TextObject* tp = At(LiveTexts, index);
   if (tp == nullptr) return frame;
   TextObject& t = *tp;
+  // Texts are stepped in list order: ask for the next record's frame fields now, so their memory
+  // is on its way while this one is worked on.
+  if (static_cast<std::size_t>(index) < LiveTexts.size()) {
+    const TextObject& next = LiveTexts[static_cast<std::size_t>(index)];
+    __builtin_prefetch(&next.SelfTime);
+    __builtin_prefetch(&next.Left);
+    __builtin_prefetch(&next.Text3D);
+    __builtin_prefetch(&next.Particle.Count);
+    __builtin_prefetch(&next.CurrentText);
+    __builtin_prefetch(&next.OffsetX);
+    __builtin_prefetch(&next.EnableRender);
+  }
   RandomSource& random = context_.random;
   const Clock& clock = context_.clock;
   const float timeScale = context_.TimeScale;
   const Tick now = clock.Now();
 
-  if (t.PulseLastTick == 0) t.PulseLastTick = now;
   // A text that never showed anything is due at once, also on a clock that starts at 0 (a
   // headless run), where "now minus 0" is not yet large.
   bool due = PeriodElapsed(now, t.LastUpdateTick, t.SelfTime, timeScale) ||
@@ -58,7 +69,11 @@ TextFrame clsText::TextFrameStep(std::int32_t index, std::int32_t particleIndex,
   }
   const bool flat = !t.Text3D;
   const double sizeRange = std::fabs(t.RandomizeFontSize);
-  const std::uint32_t sincePulse = TicksSince(now, t.PulseLastTick);
+  // Pulses run on the time since their last step; the first step of a pulse starts it.
+  auto sincePulse = [&]() -> std::uint32_t {
+    if (t.PulseLastTick == 0) t.PulseLastTick = now;
+    return TicksSince(now, t.PulseLastTick);
+  };
 
   auto manualPosition = [&](float& x, float& y) {
     const double mx = input.RandomizeXMin, my = input.RandomizeYMin;
@@ -67,11 +82,14 @@ TextFrame clsText::TextFrameStep(std::int32_t index, std::int32_t particleIndex,
   };
   // Size: a pulse or a manual size is followed in every frame, so it runs smooth.
   auto pulseOrManualSize = [&](bool update, double sign) {
+    // Between updates only a pulse or a manual size changes anything: leave the record alone
+    // otherwise (this runs for every text in every frame).
+    if (!update && !t.PulseFontSize && t.RandomizeFontSizeManual != 1) return;
     Counter& p = t.PulseFontSizeCounter;
     if (flat) {
       double size = t.RenderFont.Font.Size;
       if (t.PulseFontSize) {
-        PulseOffset(p, sizeRange, 10.0, timeScale, t.SelfTime, sincePulse);
+        PulseOffset(p, sizeRange, 10.0, timeScale, t.SelfTime, sincePulse());
         PulseStep(p, random);
         if (p.Value > sizeRange) p.Direction = kDecrement;
         if (p.Value <= 0) p.Direction = kIncrement;
@@ -84,7 +102,7 @@ TextFrame clsText::TextFrameStep(std::int32_t index, std::int32_t particleIndex,
     } else {
       double scale = t.FontScale;
       if (t.PulseFontSize) {
-        PulseOffset(p, sizeRange, 100.0, timeScale, t.SelfTime, sincePulse);
+        PulseOffset(p, sizeRange, 100.0, timeScale, t.SelfTime, sincePulse());
         PulseStep(p, random);
         if (p.Value > sizeRange / 10) p.Direction = kDecrement;
         if (p.Value <= 0) p.Direction = kIncrement;
@@ -183,11 +201,12 @@ TextFrame clsText::TextFrameStep(std::int32_t index, std::int32_t particleIndex,
     }
   }
 
-  if (flat && t.Particle.Count == 1 && particleIndex >= 1 &&
-      static_cast<std::size_t>(particleIndex) <= t.Particle.Particles.size())
-    t.Particle.Particles[static_cast<std::size_t>(particleIndex - 1)].Color = static_cast<std::uint32_t>(t.CurrentColor);
+  // A flat text's colour goes to its particle slot; it changes only at an update.
+  if (frame.Updated && flat && t.Particle.Count == 1 && !t.Particle.Particles.empty())
+    t.Particle.Particles[0].Color = static_cast<std::uint32_t>(t.CurrentColor);
 
-  if (particleIndex == 1) t.PulseLastTick = now;
+  // The pulse clock: only texts that pulse need it (and touching it costs every frame).
+  if (particleIndex == 1 && (frame.Updated || t.PulseFontSize || t.PulseFontColor)) t.PulseLastTick = now;
   if (t.Vertical && !shown.empty()) {
     VerticalizeInto(shown, display_);
     shown = display_;
