@@ -21,6 +21,7 @@
 #include "core/ControlModel.h"
 #include "core/EngineContext.h"
 #include "core/RandomSource.h"
+#include "core/TextPass.h"
 #include "core/clsText.h"
 #include "core/frmMain.h"
 #include "lumivane/Version.h"
@@ -112,6 +113,12 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
   frmMain form(model, text, msgBox);
   FocusTracker focus(model);
   form.ScreenshotFolder = applicationFolder + "/Screenshots";
+  // The texts step in every frame; their markers in the pane show what they say.
+  TextPass textPass;
+  form.RenderFrame = [&] { textPass.Run(text, form.FrameInput(), nullptr); };
+  text.PreviewCaption = [&form](std::int32_t index, std::string_view shown, std::int32_t) {
+    form.Model().SetCaption(form.TextLabel(index), shown);
+  };
   form.FileExists = [](const std::string& path) { return QFileInfo::exists(QString::fromStdString(path)); };
   // --log FILE: skipped failures, one line each with the time, for later diagnosis.
   std::unique_ptr<QFile> log;

@@ -176,6 +176,20 @@ void frmMain::RegisterControls() {
   c.chkPulseFontColor = check("chkPulseFontColor");
   c.chkFontVertical = check("chkFontVertical");
 
+  auto button = [&](std::string_view name, std::string_view caption) {
+    ControlHandle h = m.Add(f, ControlKind::CommandButton, name);
+    m.SetCaption(h, caption);
+    return h;
+  };
+  c.cmdAddText = button("cmdAddText", "Add");
+  c.cmdClone = button("cmdClone", "Clone");
+  c.cmdDelete = button("cmdDelete", "Delete");
+  c.cmdSplitText = button("cmdSplitText", "Split");
+  c.cmdLoadDictionary = button("cmdLoadDictionary", "Load Words");
+  c.CmdAssignText = button("CmdAssignText", "To Output");
+  c.cmdTimeShuffle = button("cmdTimeShuffle", "Time Shuffle");
+  c.cmdTimeSyncronize = button("cmdTimeSyncronize", "Time Sync");
+
   chkLockTextUpdate_ = check("chkLockTextUpdate");
   m.SetCaption(chkLockTextUpdate_, "Lock Output");
   chkOPerateOnAllTexts_ = check("chkOPerateOnAllTexts");

@@ -63,6 +63,28 @@ frmMain::frmMain(ControlModel& model, clsText& text, MsgBox& msgBox)
   tie(c_.SliderSelfTime, c_.txtSelfTime);
   tie(c_.SliderSequenceTimer, c_.txtSequenceTimer);
 
+  auto onPress = [this](ControlHandle button, std::function<void()> action) {
+    model_.OnChange(button, [action = std::move(action)](const ControlEvent&) { action(); });
+  };
+  onPress(c_.cmdAddText, [this] { AddText(); });
+  onPress(c_.cmdClone, [this] { CloneText(); });
+  onPress(c_.cmdDelete, [this] { RemoveText(); });
+  onPress(c_.cmdSplitText, [this] { SplitText(); });
+  onPress(c_.cmdLoadDictionary, [this] { LoadDictionary(true); });
+  onPress(c_.CmdAssignText, [this] { Save(); });
+  // The timers changed in the records: show the selected text's anew.
+  auto refresh = [this] {
+    if (getSelectedTextIndex() >= 1) SelectText(getSelectedTextIndex());
+  };
+  onPress(c_.cmdTimeShuffle, [this, refresh] {
+    text_.PreviewTimeShuffle();
+    refresh();
+  });
+  onPress(c_.cmdTimeSyncronize, [this, refresh] {
+    text_.PreviewTimeSynchronize();
+    refresh();
+  });
+
   model_.OnChange(chkLockTextUpdate_, [this](const ControlEvent&) {
     if (model_.Checked(chkLockTextUpdate_)) {
       text_.EngineLock();
@@ -188,6 +210,7 @@ ControlHandle frmMain::LoadTextLabel(std::int32_t index) {
   }
   model_.SetCaption(label, std::to_string(index) + "Text");
   model_.SetVisible(label, true);
+  if (TextLabelsChanged) TextLabelsChanged();
   return label;
 }
 
@@ -335,6 +358,18 @@ void frmMain::SetPosition(std::int32_t index) {
   }
 }
 
+void frmMain::LoadDictionary(bool force) {
+  Save();
+  const std::int32_t selected = getSelectedTextIndex();
+  const bool all = model_.Checked(chkOPerateOnAllTexts_);
+  for (std::int32_t i = 1; i <= text_.PreviewGetTextCount(); ++i) {
+    if (!all && i != selected) continue;
+    text_.PreviewLoadDictionary(i, force);
+    text_.PreviewResetDictionaryCounter(i);
+  }
+  SetSelectedText(selected);
+}
+
 void frmMain::SyncTextLabels() {
   const std::int32_t count = text_.PreviewGetTextCount();
   for (std::int32_t i = 1; i <= count; ++i) {
@@ -351,6 +386,7 @@ void frmMain::SyncTextLabels() {
     if (!label) break;
     model_.Remove(label);
   }
+  if (TextLabelsChanged) TextLabelsChanged();
 }
 
 }  // namespace lumivane

@@ -41,6 +41,9 @@ class frmMain {
         cboEditorCounterDirection, chk3D, SliderRotationX, SliderRotationY, SliderRotationZ, chkRotationLoopX,
         chkRotationLoopY, chkRotationLoopZ, chkRotationWorld, chkFineTuneRotation, picTextBackgroundColor,
         chkRandomizeFont, cbo3DExtrude, chkPulseFontSize, chkPulseFontColor, chkFontVertical;
+    // The list operations and the dictionary.
+    ControlHandle cmdAddText, cmdClone, cmdDelete, cmdSplitText, cmdLoadDictionary, CmdAssignText, cmdTimeShuffle,
+        cmdTimeSyncronize;
   };
 
   // How wide a string is drawn in a font, in preview pane units; the shell supplies the real
@@ -160,6 +163,11 @@ class frmMain {
   void SetPosition(std::int32_t index);
   // Makes the "Text" labels match the editor's list: one per text, placed as its box.
   void SyncTextLabels();
+  // Saves, loads the dictionary of the selected text (or of every text with operate-on-all), and
+  // starts its word cursor afresh.
+  void LoadDictionary(bool force);
+  // Told whenever "Text" labels were loaded or unloaded, so the pane can show them.
+  std::function<void()> TextLabelsChanged;
 
   void SetTextMeasure(TextMeasure measure) { measure_ = std::move(measure); }
   void SetTemplateFont(const TextFont& font) { templateFont_ = font; }

@@ -106,6 +106,8 @@ bool frmMain::StartRender() {
   text_.Context().TimeScale = 1.0f;
 
   const auto [width, height] = Resolution();
+  BackBufferWidth = width;
+  BackBufferHeight = height;
   output_ = CreateOutputWindow();
   if (!output_) return false;
   output_->Open(std::max(0, model_.ListIndex(p_.cboMonitors)), width, height);

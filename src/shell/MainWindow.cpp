@@ -15,6 +15,8 @@
 
 #include "core/frmMain.h"
 #include "lumivane/Version.h"
+#include "shell/TextEditorPanel.h"
+#include "shell/TextPane.h"
 #include "shell/WidgetBinding.h"
 
 namespace lumivane {
@@ -26,7 +28,12 @@ MainWindow::MainWindow(frmMain& form, QWidget* parent) : QMainWindow(parent), fo
   const frmMain::PlaybackControls& p = form.Playback();
 
   auto* central = new QWidget(this);
-  auto* layout = new QVBoxLayout(central);
+  auto* columns = new QHBoxLayout(central);
+  auto* left = new QVBoxLayout;
+  columns->addLayout(left, 3);
+  columns->addWidget(new TextEditorPanel(form, central), 2);
+  left->addWidget(new TextPane(form, central), 1);
+  auto* layout = left;
   auto bind = [&](QWidget* widget, ControlHandle control) {
     WidgetBinding::Bind(model, control, widget);
     return widget;
@@ -67,7 +74,6 @@ MainWindow::MainWindow(frmMain& form, QWidget* parent) : QMainWindow(parent), fo
   monitor->setPalette(black);
   (new QVBoxLayout(frame))->addWidget(monitor);
   layout->addWidget(bind(frame, p.framePreview));
-  layout->addStretch();
   setCentralWidget(central);
 
   form.CaptionChanged = [this](const std::string& caption) { setWindowTitle(QString::fromStdString(caption)); };

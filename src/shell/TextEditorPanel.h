@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QWidget>
+
+namespace lumivane {
+
+class frmMain;
+
+// The text editing controls of the main window, each a view of a control of frmMain: the list
+// operations, what a text shows (counter, dictionary, custom text), how it looks and how it moves
+// in time. Built from a declaration of (control, caption) rows.
+class TextEditorPanel final : public QWidget {
+  Q_OBJECT
+
+ public:
+  explicit TextEditorPanel(frmMain& form, QWidget* parent = nullptr);
+};
+
+}  // namespace lumivane
