@@ -189,6 +189,18 @@ void frmMain::RegisterControls() {
   c.CmdAssignText = button("CmdAssignText", "To Output");
   c.cmdTimeShuffle = button("cmdTimeShuffle", "Time Shuffle");
   c.cmdTimeSyncronize = button("cmdTimeSyncronize", "Time Sync");
+  c.cmdTimerDefault = button("cmdTimerDefault", "Default");
+  c.cmdFlashAll = button("cmdFlashAll", "Flash All");
+  c.cmdFlashOff = button("cmdFlashOff", "Flash Off");
+  c.cmdFlashInvert = button("cmdFlashInvert", "Flash Invert");
+  c.cmdFlashRandom = button("cmdFlashRandom", "Flash Random");
+  c.cmdSequenceRandom = button("cmdSequenceRandom", "Sequence Random");
+  c.cmdRotateOff = button("cmdRotateOff", "Rotation Off");
+  c.cmdRandomizeOff = button("cmdRandomizeOff", "Randomize Off");
+  c.cmdEditorNumbers = button("cmdEditorNumbers", "0-9");
+  c.cmdEditorBuildCharacters = button("cmdEditorBuildCharacters", "A-z");
+  c.cmdEditorBuildSpecialCharacters = button("cmdEditorBuildSpecialCharacters", "!?#");
+  c.chkEditorCharacterLines = check("chkEditorCharacterLines");
 
   chkLockTextUpdate_ = check("chkLockTextUpdate");
   m.SetCaption(chkLockTextUpdate_, "Lock Output");

@@ -5,6 +5,7 @@
 #include "core/MsgBox.h"
 #include "core/Numbers.h"
 #include "core/StringOps.h"
+#include "core/TextGenerators.h"
 #include "core/EngineContext.h"
 #include "core/clsText.h"
 #include "lumivane/Version.h"
@@ -84,6 +85,44 @@ frmMain::frmMain(ControlModel& model, clsText& text, MsgBox& msgBox)
     text_.PreviewTimeSynchronize();
     refresh();
   });
+  onPress(c_.cmdFlashAll, [this, refresh] { text_.PreviewFlashAll(), refresh(); });
+  onPress(c_.cmdFlashOff, [this, refresh] { text_.PreviewFlashOff(), refresh(); });
+  onPress(c_.cmdFlashInvert, [this, refresh] { text_.PreviewFlashInvert(), refresh(); });
+  onPress(c_.cmdFlashRandom, [this, refresh] { text_.PreviewFlashRandom(), refresh(); });
+  onPress(c_.cmdSequenceRandom, [this, refresh] { text_.PreviewSequenceRandom(), refresh(); });
+  onPress(c_.cmdRotateOff, [this, refresh] {
+    for (TextObject& t : text_.Current()) t.Rotation = Rotation{0, 0, 0, false, false, false, t.Rotation.World, 0, 0, 0,
+                                                                 t.Rotation.FineTuneRotationAngle};
+    refresh();
+  });
+  onPress(c_.cmdRandomizeOff, [this, refresh] {
+    for (TextObject& t : text_.Current()) {
+      t.RandomizeX = t.RandomizeY = t.RandomizeFontSize = 0;
+      t.RadomizeColor = 0;
+    }
+    refresh();
+  });
+  // The timer defaults: the first press keeps the present timers and sets 500 and 125 ms, the
+  // second brings the kept ones back.
+  onPress(c_.cmdTimerDefault, [this] {
+    if (!storedTimers_) {
+      storedTimers_.emplace(model_.Value(c_.SliderSelfTime), model_.Value(c_.SliderSequenceTimer));
+      model_.SetValue(c_.SliderSelfTime, 500);
+      model_.SetValue(c_.SliderSequenceTimer, 125);
+    } else {
+      model_.SetValue(c_.SliderSelfTime, storedTimers_->first);
+      model_.SetValue(c_.SliderSequenceTimer, storedTimers_->second);
+      storedTimers_.reset();
+    }
+  });
+  // Character sets for the custom text.
+  auto fill = [this](bool numbers, bool letters, bool specials) {
+    model_.SetText(c_.txtEditor,
+                   BuildCharacterSet(model_.Checked(c_.chkEditorCharacterLines), numbers, letters, specials));
+  };
+  onPress(c_.cmdEditorNumbers, [fill] { fill(true, false, false); });
+  onPress(c_.cmdEditorBuildCharacters, [fill] { fill(false, true, false); });
+  onPress(c_.cmdEditorBuildSpecialCharacters, [fill] { fill(false, false, true); });
 
   model_.OnChange(chkLockTextUpdate_, [this](const ControlEvent&) {
     if (model_.Checked(chkLockTextUpdate_)) {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <string>
 #include <string_view>
@@ -43,7 +44,9 @@ class frmMain {
         chkRandomizeFont, cbo3DExtrude, chkPulseFontSize, chkPulseFontColor, chkFontVertical;
     // The list operations and the dictionary.
     ControlHandle cmdAddText, cmdClone, cmdDelete, cmdSplitText, cmdLoadDictionary, CmdAssignText, cmdTimeShuffle,
-        cmdTimeSyncronize;
+        cmdTimeSyncronize, cmdTimerDefault, cmdFlashAll, cmdFlashOff, cmdFlashInvert, cmdFlashRandom,
+        cmdSequenceRandom, cmdRotateOff, cmdRandomizeOff, cmdEditorNumbers, cmdEditorBuildCharacters,
+        cmdEditorBuildSpecialCharacters, chkEditorCharacterLines;
   };
 
   // How wide a string is drawn in a font, in preview pane units; the shell supplies the real
@@ -225,6 +228,8 @@ class frmMain {
   std::vector<FieldBinding> bindings_;
   TextMeasure measure_;
   TextFont templateFont_;
+  // cmdTimerDefault's first press keeps the timers here, its second brings them back.
+  std::optional<std::pair<std::int32_t, std::int32_t>> storedTimers_;
   bool saving_ = false;
   bool renderingProperties_ = false;
 };

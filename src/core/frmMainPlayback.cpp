@@ -233,8 +233,12 @@ void frmMain::HotKey(OutputKey key) {
       if (running_) StopRender();
       break;
     case OutputKey::SaveFrame: TakeScreenShot(); break;
+    case OutputKey::ManualFeed:
+      // Enter feeds the custom texts by hand: each steps to its next line now.
+      for (std::int32_t i = 1; i <= text_.RenderGetTextCount(); ++i)
+        if (text_.Live()[static_cast<std::size_t>(i - 1)].TextType == "CustomInput") text_.RenderSynchronizeText(i);
+      break;
     case OutputKey::AlignScreen:  // projection mapping's alignment, once it exists
-    case OutputKey::ManualFeed:   // the custom text feed, once text timing exists
       break;
   }
 }

@@ -157,6 +157,10 @@ TextEditorPanel::TextEditorPanel(frmMain& form, QWidget* parent) : QWidget(paren
                     {{c.txtEditor, "Custom Text"},
                      {c.chkEditorSplitLines, "One Line at a Time"},
                      {c.cboEditorCounterDirection, "Direction"},
+                     {c.chkEditorCharacterLines, "One Character per Line"},
+                     {c.cmdEditorNumbers, "Numbers 0-9"},
+                     {c.cmdEditorBuildCharacters, "Letters A-z"},
+                     {c.cmdEditorBuildSpecialCharacters, "Special Characters"},
                      {c.CmdAssignText, "To Output"}},
                     tabs),
                tr("Custom"));
@@ -186,8 +190,14 @@ TextEditorPanel::TextEditorPanel(frmMain& form, QWidget* parent) : QWidget(paren
                      {c.SliderSequenceTimer, "Sequence Timer [ms]"},
                      {c.txtSequenceTimer, ""},
                      {c.chkRandomizeSequence, "Random Sequence"},
+                     {c.cmdTimerDefault, "Default Timers (500 / 125 ms)"},
                      {c.cmdTimeShuffle, "Time Shuffle"},
-                     {c.cmdTimeSyncronize, "Time Sync"}},
+                     {c.cmdTimeSyncronize, "Time Sync"},
+                     {c.cmdFlashAll, "Flash All"},
+                     {c.cmdFlashOff, "Flash Off"},
+                     {c.cmdFlashInvert, "Flash Invert"},
+                     {c.cmdFlashRandom, "Flash Random"},
+                     {c.cmdSequenceRandom, "Sequence Random"}},
                     tabs),
                tr("Timer"));
 
@@ -208,6 +218,8 @@ TextEditorPanel::TextEditorPanel(frmMain& form, QWidget* parent) : QWidget(paren
                      {c.chkRotationLoopZ, "Loop Z"},
                      {c.chkRotationWorld, "Around the Screen Centre"},
                      {c.chkFineTuneRotation, "Fine Rotation"},
+                     {c.cmdRotateOff, "Rotation Off"},
+                     {c.cmdRandomizeOff, "Randomize Off"},
                      {c.cmdLockVideoToTextBox, "Video in Box"}},
                     tabs),
                tr("Motion"));

@@ -177,6 +177,12 @@ TEST_F(PlaybackTest, OutputKeysReachTheirControls) {
   EXPECT_EQ(log.back(), "save /shots/frame_00002.png");
   form.HotKey(OutputKey::SaveFrame);
   EXPECT_EQ(log.back(), "save /shots/frame_00003.png");
+  // Enter feeds custom texts by hand.
+  TextObject custom = NewTextObject(TextFont{});
+  custom.TextType = "CustomInput";
+  text.TextAppend(custom);
+  form.HotKey(OutputKey::ManualFeed);
+  EXPECT_TRUE(text.Live().back().SynchronizeText);
   form.HotKey(OutputKey::Stop);
   EXPECT_FALSE(form.Running());
   EXPECT_EQ(ControlModel::Value(p.cmdFullScreen), 0);  // the output is gone, so is full screen

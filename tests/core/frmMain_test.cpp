@@ -235,5 +235,32 @@ TEST_F(MainFormTest, ZOrderMovesTheLabelsWithTheTexts) {
   EXPECT_EQ(form.getSelectedTextIndex(), 2);
 }
 
+TEST_F(MainFormTest, TimerDefaultsCharacterSetsAndAllTextButtons) {
+  form.AddText();
+  model.SetValue(c.SliderSelfTime, 900);
+  model.Press(c.cmdTimerDefault, Origin::Midi);  // keeps 900, sets the defaults
+  EXPECT_EQ(Stored(1).SelfTime, 500);
+  EXPECT_EQ(ControlModel::Value(c.SliderSequenceTimer), 125);
+  model.Press(c.cmdTimerDefault, Origin::Midi);  // brings 900 back
+  EXPECT_EQ(Stored(1).SelfTime, 900);
+
+  model.SetText(c.cboTextType, "CustomInput");
+  model.SetValue(c.chkEditorSplitLines, 1);
+  model.SetValue(c.chkEditorCharacterLines, 1);
+  model.Press(c.cmdEditorNumbers);
+  EXPECT_EQ(Stored(1).WordCount, 10);  // one digit a line, each a word of the feed
+  EXPECT_EQ(Stored(1).Words[9], "9");
+
+  form.AddText();
+  model.SetValue(c.SliderRandomizeColor, 30);
+  model.Press(c.cmdRandomizeOff);
+  EXPECT_EQ(Stored(2).RadomizeColor, 0);
+  EXPECT_EQ(ControlModel::Value(c.SliderRandomizeColor), 0);  // the controls show it
+  model.Press(c.cmdFlashAll);
+  EXPECT_TRUE(Stored(1).FlashText);
+  EXPECT_TRUE(Stored(2).FlashText);
+  EXPECT_EQ(ControlModel::Value(c.chkFlashText), 1);
+}
+
 }  // namespace
 }  // namespace lumivane
