@@ -236,13 +236,7 @@ std::string GenerateCounterText(TextObject& t, RandomSource& random, const Clock
   // The date and time types go on from the first row.
   if (const auto crlf = t.CurrentText.find(kCrLf); crlf != std::string::npos) t.CurrentText.resize(crlf);
   Counter& c = t.Counter;
-
-  if (c.Direction == kIncrement)
-    c.Value += c.Offset;
-  else if (c.Direction == kDecrement)
-    c.Value -= c.Offset;
-  else if (c.Direction == kRandom)
-    c.Value = WholePart(random.Rnd() * PowerOfTen(c.MaxDigits));
+  PulseStep(c, random);  // the same step as a pulse's: limits follow
 
   // Wraps between powers of ten, not digit counts: with MinDigits 0 and MaxDigits 9, going below 1
   // jumps to 1,000,000,000, and 0 is never stable.
