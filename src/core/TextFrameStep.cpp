@@ -40,6 +40,17 @@ TextFrame clsText::TextFrameStep(std::int32_t index, std::int32_t particleIndex,
   TextFrame frame;
   TextObject* tp = At(LiveTexts, index);
   if (tp == nullptr) return frame;
+  const float timeScale = context_.TimeScale;
+  const Tick now = context_.clock.Now();
+
+  // Not due and nothing changed since the last step: the same answer, from the cache.
+  if (frameCache_.size() != LiveTexts.size()) frameCache_.assign(LiveTexts.size(), FrameCache{});
+  FrameCache& cache = frameCache_[static_cast<std::size_t>(index - 1)];
+  if (particleIndex == 1 && cache.edits == liveEdits_ &&
+      !PeriodElapsed(now, cache.lastUpdate, cache.selfTime, timeScale) &&
+      (!PreviewCaption || TicksSince(now, cache.lastPreview) <= kPreviewCaptionMs))
+    return cache.frame;
+
   TextObject& t = *tp;
   // Texts are stepped in list order: ask for the next record's frame fields now, so their memory
   // is on its way while this one is worked on.
@@ -55,8 +66,6 @@ TextFrame clsText::TextFrameStep(std::int32_t index, std::int32_t particleIndex,
   }
   RandomSource& random = context_.random;
   const Clock& clock = context_.clock;
-  const float timeScale = context_.TimeScale;
-  const Tick now = clock.Now();
 
   // A text that never showed anything is due at once, also on a clock that starts at 0 (a
   // headless run), where "now minus 0" is not yet large.
@@ -232,6 +241,24 @@ TextFrame clsText::TextFrameStep(std::int32_t index, std::int32_t particleIndex,
   frame.AlignX = t.AlignX;
   frame.Clip = t.GlobalPerformanceClip || t.Clip;
   frame.Enabled = t.EnableRender == 1;
+
+  // A text whose steps between updates change nothing can answer from the cache until it is due.
+  const bool steady = particleIndex == 1 && !t.PulseFontSize && !t.PulseFontColor &&
+                      t.RandomizeFontSizeManual != 1 && t.RandomizeXYManual != 1 && !t.SequenceText &&
+                      !t.Vertical && !t.SynchronizeText && !(t.LastUpdateTick == 0 && t.CurrentText.empty()) &&
+                      (t.RadomizeColor != 0 || t.CurrentColor == t.Color);
+  if (steady) {
+    cache.edits = liveEdits_;
+    cache.lastUpdate = t.LastUpdateTick;
+    cache.lastPreview = t.LastPreviewTick;
+    cache.selfTime = t.SelfTime;
+    cache.frame = frame;
+    cache.frame.Updated = false;
+    // A flashing text is lit only in its update frame.
+    if (t.FlashText) cache.frame.Text = std::string_view();
+  } else if (particleIndex == 1) {
+    cache.edits = 0;
+  }
   return frame;
 }
 

@@ -112,7 +112,7 @@ float clsText::RenderGetRotationCurrentAngleZ(std::int32_t index) const noexcept
 }
 
 void clsText::RenderSetRotationCurrentAngle(std::int32_t index, float x, float y, float z) noexcept {
-  if (TextObject* t = At(LiveTexts, index)) {
+  if (TextObject* t = LiveRecord(index)) {
     t->Rotation.CurrentAngleX = x;
     t->Rotation.CurrentAngleY = y;
     t->Rotation.CurrentAngleZ = z;
@@ -120,7 +120,7 @@ void clsText::RenderSetRotationCurrentAngle(std::int32_t index, float x, float y
 }
 
 void clsText::RenderSynchronizeText(std::int32_t index) noexcept {
-  if (TextObject* t = At(LiveTexts, index)) t->SynchronizeText = true;
+  if (TextObject* t = LiveRecord(index)) t->SynchronizeText = true;
 }
 
 // ---- Editor side ------------------------------------------------------------------------------
@@ -221,6 +221,7 @@ void clsText::EngineLock() {
 void clsText::EngineUnlock() {
   if (!Locked) return;
   // A preset loaded under the lock may have changed the count: the live list takes it over whole.
+  ++liveEdits_;
   LiveTexts = std::move(LockedTexts);
   LockedTexts.clear();
   Locked = false;
@@ -234,6 +235,7 @@ void clsText::EngineUnlock() {
 }
 
 void clsText::EngineReset() {
+  ++liveEdits_;
   LiveTexts.clear();
   LockedTexts.clear();
 }

@@ -22,7 +22,7 @@ class TextTimingTest : public ::testing::Test, protected test::EngineFixture {
     t.Text3D = false;
     return text.TextAppend(t);
   }
-  TextObject& Live(std::int32_t i) { return const_cast<TextObject&>(text.Live()[static_cast<std::size_t>(i - 1)]); }
+  TextObject& Live(std::int32_t i) { return *text.LiveRecord(i); }
   std::string Step(std::int32_t i = 1, std::int32_t copy = 1) {
     return std::string(text.TextFrameStep(i, copy, input).Text);
   }
@@ -174,6 +174,42 @@ TEST_F(TextTimingTest, CaptionsForTheEditorAreThinnedTo250Ms) {
   }
   EXPECT_GE(captions, 3);
   EXPECT_LE(captions, 4);
+}
+
+// Between updates a step may answer from its cache; every way of changing a text must still show
+// in the very next frame.
+TEST_F(TextTimingTest, ChangesReachTheNextFrameEvenBetweenUpdates) {
+  AddFixed("steady", 100000);
+  Step();
+  clock.Advance(16);
+  EXPECT_EQ(Step(), "steady");
+  EXPECT_EQ(Step(), "steady");  // cached now
+
+  TextObject edited = text.TextRecordRead(1);  // an edit from the editor
+  edited.FlashText = true;
+  text.TextRecordWrite(1, edited);
+  clock.Advance(16);
+  EXPECT_EQ(Step(), "");
+  text.PreviewFlashOff();  // an operation on all texts
+  clock.Advance(16);
+  EXPECT_EQ(Step(), "steady");
+
+  text.RenderSynchronizeText(1);  // a motion path event forces an update
+  clock.Advance(16);
+  EXPECT_TRUE(text.TextFrameStep(1, 1, input).Updated);
+
+  context.TimeScale = 0.0001f;  // time scale shortens the period at once, cached or not
+  clock.Advance(16);
+  EXPECT_TRUE(text.TextFrameStep(1, 1, input).Updated);
+  context.TimeScale = 1.0f;
+
+  text.EngineLock();  // edits under the lock leave the output alone until unlock
+  text.PreviewSetTextColor(1, 0x0000FF);
+  clock.Advance(16);
+  EXPECT_NE(text.TextFrameStep(1, 1, input).Color, 0x0000FF);
+  text.EngineUnlock();
+  clock.Advance(16);
+  EXPECT_EQ(text.TextFrameStep(1, 1, input).Color, 0x0000FF);
 }
 
 TEST_F(TextTimingTest, AllTextOperations) {
