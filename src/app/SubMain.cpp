@@ -5,6 +5,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QFontDatabase>
 #include <QProcess>
 #include <QSettings>
 #include <QSocketNotifier>
@@ -116,6 +117,13 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
   // The texts step in every frame; their markers in the pane show what they say.
   TextPass textPass;
   form.RenderFrame = [&] { textPass.Run(text, form.FrameInput(), nullptr); };
+  // A random face for texts that change face at each update, from the fonts installed.
+  const QStringList families = QFontDatabase::families();
+  text.RandomFontName = [&families, &random]() -> std::string {
+    if (families.isEmpty()) return {};
+    const auto pick = static_cast<qsizetype>(random.Rnd() * static_cast<double>(families.size()));
+    return families[std::min(pick, families.size() - 1)].toStdString();
+  };
   text.PreviewCaption = [&form](std::int32_t index, std::string_view shown, std::int32_t) {
     form.Model().SetCaption(form.TextLabel(index), shown);
   };
