@@ -62,7 +62,9 @@ TEST(Options, ThePositionalCommandLineIsKeptWhole) {
 class HeadlessRunnerTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    showPath = ::testing::TempDir() + "headless_show.xml";
+    // One file per test: CTest runs the tests side by side.
+    showPath = ::testing::TempDir() + "headless_show_" +
+               ::testing::UnitTest::GetInstance()->current_test_info()->name() + ".xml";
     std::ofstream(showPath) << "<LumivanePreset/>\n";
   }
   void TearDown() override { std::remove(showPath.c_str()); }

@@ -11,7 +11,9 @@ namespace {
 
 class DictionaryLoadTest : public ::testing::Test, protected test::EngineFixture {
  protected:
-  std::string path = ::testing::TempDir() + "lumivane_words.txt";
+  // One file per test: CTest runs the tests of this suite side by side.
+  std::string path = ::testing::TempDir() + "lumivane_words_" +
+                     ::testing::UnitTest::GetInstance()->current_test_info()->name() + ".txt";
   void TearDown() override { std::remove(path.c_str()); }
   void Write(const std::string& bytes) { std::ofstream(path, std::ios::binary) << bytes; }
   std::vector<std::string> Load(const std::function<void(TextObject&)>& setup, bool force = true) {
