@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include <pugixml.hpp>
+
+namespace lumivane {
+
+// A show file's DOM. Every value is an element with text; names that begin with a digit ("1Text",
+// "2Word"), which XML itself refuses, are accepted on reading and written back as they were: in the
+// DOM they carry a prefix, which ChildName() adds for code that looks them up.
+class XmlDocument {
+ public:
+  static constexpr const char* kRootName = "File";
+  // Larger files are refused: no show comes near it, and a runaway file must not eat the memory.
+  static constexpr std::size_t kMaxFileBytes = 256u << 20;
+
+  // The name an element has in the DOM: `name` itself, or with the prefix when it begins with a
+  // digit.
+  static std::string ChildName(std::string_view name);
+  // The name as files write it.
+  static std::string_view FileName(std::string_view domName);
+
+  // An empty show: the root and nothing under it.
+  void New();
+  // Reads a show file. On failure the document is left empty and the answer says why in one line.
+  bool Open(const std::string& path, std::string& error);
+  bool Parse(std::string_view text, std::string& error);
+  void Close() { dom_.reset(); }
+
+  // Writes the document whole or not at all: a temporary file in the same folder, flushed and
+  // synced, then renamed over `path`. A failed save leaves any old file untouched.
+  bool Save(const std::string& path, std::string& error) const;
+  std::string ToString() const;
+
+  pugi::xml_node Root() const { return dom_.child(kRootName); }
+  pugi::xml_document& Dom() { return dom_; }
+
+ private:
+  pugi::xml_document dom_;
+};
+
+// Small helpers over the DOM's element-with-text values.
+pugi::xml_node Child(pugi::xml_node parent, std::string_view name);
+pugi::xml_node EnsureChild(pugi::xml_node parent, std::string_view name);
+// Appends `name` with `value` as its text.
+pugi::xml_node AppendValue(pugi::xml_node parent, std::string_view name, std::string_view value);
+
+}  // namespace lumivane
