@@ -1,0 +1,127 @@
+#include "persistence/ShowFile.h"
+
+#include <array>
+#include <string_view>
+
+#include <cstdio>
+
+#include "core/Clock.h"
+#include "core/EngineContext.h"
+#include "core/Numbers.h"
+#include "core/clsText.h"
+#include "core/frmMain.h"
+#include "lumivane/Version.h"
+#include "persistence/TextBlock.h"
+#include "persistence/XmlDocument.h"
+
+namespace lumivane {
+
+namespace {
+
+// The root's blocks in the order the format gives them.
+constexpr std::array<std::string_view, 12> kRootOrder = {
+    "Header", "Global", "Text", "Controllers", "Presets", "CUE", "AnimatedControls", "MotionPath",
+    "FreeFrame", "AudioInput", "LastBackGroundMesh", "CustomRenderSurface"};
+// The global settings this build reads and writes itself; the others are kept as read.
+constexpr std::array<std::string_view, 2> kOwnGlobals = {"Resolution", "BackGroundColor"};
+
+template <std::size_t N>
+bool In(const std::array<std::string_view, N>& names, std::string_view name) {
+  for (std::string_view n : names)
+    if (n == name) return true;
+  return false;
+}
+
+}  // namespace
+
+ShowFile::ShowFile(frmMain& form) : form_(form) {}
+ShowFile::~ShowFile() = default;
+
+bool ShowFile::Load(const std::string& path, std::string& error) {
+  auto doc = std::make_unique<XmlDocument>();
+  if (!doc->Open(path, error)) return false;
+  const pugi::xml_node root = doc->Root();
+
+  std::vector<TextObject> texts;
+  XmlReadText(root, texts);
+
+  ControlModel& model = form_.Model();
+  const pugi::xml_node global = Child(root, "Global");
+  if (const pugi::xml_node resolution = Child(global, "Resolution")) {
+    const std::string size = resolution.text().get();
+    if (size.find('x') != std::string::npos) model.SetText(form_.Playback().cboResolution, size, Origin::File);
+  }
+  if (const pugi::xml_node colour = Child(global, "BackGroundColor")) {
+    if (const auto v = ParseNumber(colour.text().get()))
+      if (const auto c = ToInt32(*v)) model.SetBackColor(form_.BackgroundColor, *c, Origin::File);
+  }
+
+  clsText& text = form_.Text();
+  {
+    clsText::BusyScope busy(text);
+    text.Current() = std::move(texts);
+    text.EngineBuildEditorText();
+    for (std::int32_t i = 1; i <= text.PreviewGetTextCount(); ++i) {
+      if (text.Current()[static_cast<std::size_t>(i - 1)].TextType == "Dictionary") {
+        text.PreviewLoadDictionary(i, false);
+        text.PreviewResetDictionaryCounter(i);
+      }
+    }
+  }
+  form_.SyncTextLabels();
+  if (text.PreviewGetTextCount() > 0)
+    form_.SelectText(1);
+  else
+    form_.TextSelected = TextObject{};
+  kept_ = std::move(doc);
+  return true;
+}
+
+bool ShowFile::Save(const std::string& path, std::string& error) {
+  XmlDocument doc;
+  doc.New();
+  pugi::xml_node root = doc.Root();
+  const pugi::xml_node keptRoot = kept_ ? kept_->Root() : pugi::xml_node();
+
+  pugi::xml_node header = root.append_child("Header");
+  AppendValue(header, "ApplicationName", kAppTitle);
+  AppendValue(header, "Version", std::to_string(kVersionMajor) + "." + std::to_string(kVersionMinor) + "." +
+                                     std::to_string(kVersionRevision));
+  const CivilTime now = form_.Text().Context().clock.LocalTime();
+  char created[32];
+  std::snprintf(created, sizeof created, "%04d-%02d-%02d %02d:%02d:%02d", now.Year, now.Month, now.Day, now.Hour,
+                now.Minute, now.Second);
+  AppendValue(header, "DateCreated", created);
+  AppendValue(header, "Info", "Made with Lumivane, a live visual performance instrument.");
+
+  pugi::xml_node global = root.append_child("Global");
+  AppendValue(global, "Resolution", ControlModel::Text(form_.Playback().cboResolution));
+  const pugi::xml_node keptGlobal = Child(keptRoot, "Global");
+  // Kept settings go back in their place: before the background colour what stood before it.
+  bool colourWritten = false;
+  for (pugi::xml_node n = keptGlobal.first_child(); n; n = n.next_sibling()) {
+    const std::string_view name = XmlDocument::FileName(n.name());
+    if (name == "BackGroundColor") {
+      AppendValue(global, "BackGroundColor", std::to_string(ControlModel::BackColor(form_.BackgroundColor)));
+      colourWritten = true;
+      continue;
+    }
+    if (In(kOwnGlobals, name)) continue;
+    global.append_copy(n);
+  }
+  if (!colourWritten)
+    AppendValue(global, "BackGroundColor", std::to_string(ControlModel::BackColor(form_.BackgroundColor)));
+
+  XmlWriteText(root, form_.Text().Current());
+
+  // The blocks of other parts, in the format's order, then any this build does not know at all.
+  for (std::size_t i = 3; i < kRootOrder.size(); ++i)
+    if (const pugi::xml_node n = keptRoot.child(std::string(kRootOrder[i]).c_str())) root.append_copy(n);
+  for (pugi::xml_node n = keptRoot.first_child(); n; n = n.next_sibling()) {
+    const std::string_view name = XmlDocument::FileName(n.name());
+    if (!In(kRootOrder, name)) root.append_copy(n);
+  }
+  return doc.Save(path, error);
+}
+
+}  // namespace lumivane

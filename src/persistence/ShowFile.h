@@ -1,0 +1,31 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+namespace lumivane {
+
+class frmMain;
+class XmlDocument;
+
+// Show files as a whole: the header, the global settings, the text list, and every block this
+// build cannot interpret yet, kept as it was read and written back on save, so a show made
+// elsewhere loses nothing here.
+class ShowFile {
+ public:
+  explicit ShowFile(frmMain& form);
+  ~ShowFile();
+
+  // Reads a show into the editor's list (the locked copy while the output is locked) and the
+  // controls it sets. On failure nothing in memory changes and `error` says why in one line.
+  bool Load(const std::string& path, std::string& error);
+  // Writes the show whole or not at all; a failed save leaves the old file as it was.
+  bool Save(const std::string& path, std::string& error);
+
+ private:
+  frmMain& form_;
+  // The blocks of the last loaded show that this build does not read, in their order.
+  std::unique_ptr<XmlDocument> kept_;
+};
+
+}  // namespace lumivane
