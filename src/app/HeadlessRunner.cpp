@@ -17,6 +17,7 @@
 #include "core/TextPass.h"
 #include "core/clsText.h"
 #include "core/frmMain.h"
+#include "persistence/ShowFile.h"
 
 namespace lumivane {
 
@@ -115,6 +116,11 @@ HeadlessSession::HeadlessSession(const AppOptions& options, std::ostream& err)
 
 HeadlessSession::~HeadlessSession() = default;
 
+bool HeadlessSession::LoadShow(const std::string& path, std::string& error) {
+  ShowFile show(state_->main);
+  return show.Load(path, error);
+}
+
 frmMain& HeadlessSession::Main() { return state_->main; }
 clsText& HeadlessSession::Text() { return state_->text; }
 ControlModel& HeadlessSession::Model() { return state_->model; }
@@ -140,13 +146,6 @@ int RunHeadless(const AppOptions& options, std::ostream& out, std::ostream& err)
     err << "lumivane: " << reason << '\n';
     return 3;
   }
-  {
-    std::ifstream show(options.showFile, std::ios::binary);
-    if (!show) {
-      err << "lumivane: cannot read the show file \"" << options.showFile << "\"\n";
-      return 2;
-    }
-  }
   std::ofstream textLog;
   if (!options.textLog.empty()) {
     textLog.open(options.textLog, std::ios::binary | std::ios::trunc);
@@ -157,6 +156,10 @@ int RunHeadless(const AppOptions& options, std::ostream& out, std::ostream& err)
   }
 
   HeadlessSession session(options, err);
+  if (std::string error; !session.LoadShow(options.showFile, error)) {
+    err << "lumivane: " << error << '\n';
+    return 2;
+  }
   std::ofstream log;
   if (!options.logFile.empty()) {
     log.open(options.logFile, std::ios::app);

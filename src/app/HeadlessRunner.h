@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <iosfwd>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace lumivane {
@@ -18,6 +19,9 @@ class HeadlessSession {
  public:
   HeadlessSession(const AppOptions& options, std::ostream& err);
   ~HeadlessSession();
+
+  // Reads a show file into the session; false with the reason in one line when it cannot.
+  bool LoadShow(const std::string& path, std::string& error);
 
   frmMain& Main();
   clsText& Text();

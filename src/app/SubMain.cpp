@@ -25,6 +25,7 @@
 #include "core/TextPass.h"
 #include "core/clsText.h"
 #include "core/frmMain.h"
+#include "persistence/ShowFile.h"
 #include "lumivane/Version.h"
 #include "shell/FocusTracker.h"
 #include "shell/MainWindow.h"
@@ -143,6 +144,13 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
     });
   }
 
+  ShowFile show(form);
+  const std::string lastPreset = applicationFolder + "/LastPreset.xml";
+  form.LoadFactoryShow = [&show, &applicationFolder] {
+    std::string ignored;  // no factory show: the empty one stands
+    show.Load(applicationFolder + "/Reset.xml", ignored);
+  };
+
   bool quitting = false;
   form.Yield = [&form] {
     QCoreApplication::processEvents(QEventLoop::AllEvents);
@@ -166,7 +174,8 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
     quitting = true;
     QCoreApplication::processEvents();
     if (form.Running()) form.StopRender();
-    // The Last* files are written here as their formats come to exist.
+    std::string error;
+    if (!show.Save(lastPreset, error)) std::fprintf(stderr, "lumivane: %s\n", error.c_str());
     if (restart) QProcess::startDetached(QCoreApplication::applicationFilePath(), QCoreApplication::arguments().mid(1));
     // exit(), not quit(): quit() would send the windows a close request, which asks first.
     QCoreApplication::exit(0);
@@ -201,6 +210,8 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
     CommandLineProcess(options.commandLine, target);
   } else {
     splash.SetStatus(QStringLiteral("Loading Last Preset,Playlist and Cue..."));
+    std::string ignored;  // no last show (a first start): the factory show stands
+    show.Load(lastPreset, ignored);
   }
   // 9.
   splash.SetStatus(QStringLiteral("Loading Last Audio Setup..."));

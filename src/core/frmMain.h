@@ -145,6 +145,8 @@ class frmMain {
   std::function<bool(const std::string& path)> FileExists;
   // The frame's background colour: the background form's swatch once that form exists.
   ControlHandle BackgroundColor;
+  // Loads the factory show after a reset; supplied by the application, which knows where it is.
+  std::function<void()> LoadFactoryShow;
   // The preview monitor, refreshed from the timer while its panel shows.
   std::function<void()> RenderPreview;
 

@@ -194,7 +194,7 @@ TextFrameInput frmMain::FrameInput() const {
 
 void frmMain::Reset() {
   ResetTexts();
-  // The factory preset is loaded here once show files can be read.
+  if (LoadFactoryShow) LoadFactoryShow();
 }
 
 void frmMain::TakeScreenShot() {

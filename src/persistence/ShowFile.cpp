@@ -1,6 +1,7 @@
 #include "persistence/ShowFile.h"
 
 #include <array>
+#include <filesystem>
 #include <string_view>
 
 #include <cstdio>
@@ -32,6 +33,18 @@ bool In(const std::array<std::string_view, N>& names, std::string_view name) {
   return false;
 }
 
+// A file the show names that is not where it says: look for it beside the show, in the folder
+// its kind is collected into, by the name behind the last separator (\ or /).
+void Relocate(std::string& file, const std::string& showPath, std::string_view collectionFolder) {
+  if (file.empty() || std::filesystem::exists(file)) return;
+  const std::size_t cut = file.find_last_of("\\/");
+  const std::string name = cut == std::string::npos ? file : file.substr(cut + 1);
+  const std::filesystem::path candidate =
+      std::filesystem::path(showPath).parent_path() / std::string(collectionFolder) / name;
+  std::error_code ec;
+  if (std::filesystem::exists(candidate, ec)) file = candidate.string();
+}
+
 }  // namespace
 
 ShowFile::ShowFile(frmMain& form) : form_(form) {}
@@ -44,6 +57,11 @@ bool ShowFile::Load(const std::string& path, std::string& error) {
 
   std::vector<TextObject> texts;
   XmlReadText(root, texts);
+  for (TextObject& t : texts) {
+    Relocate(t.FileName, path, "Dictionaries");
+    Relocate(t.TextBoxTextureFileName, path, "TextBoxTextures");
+    Relocate(t.Mesh3DFileName, path, "3DS_XFiles");
+  }
 
   ControlModel& model = form_.Model();
   const pugi::xml_node global = Child(root, "Global");

@@ -65,7 +65,8 @@ class HeadlessRunnerTest : public ::testing::Test {
     // One file per test: CTest runs the tests side by side.
     showPath = ::testing::TempDir() + "headless_show_" +
                ::testing::UnitTest::GetInstance()->current_test_info()->name() + ".xml";
-    std::ofstream(showPath) << "<LumivanePreset/>\n";
+    std::ofstream(showPath) << "<File><Text><TextCount>1</TextCount><1Text><TextType>CustomInput</TextType>"
+                               "<Words><WordCount>1</WordCount><1Word>hi</1Word></Words></1Text></Text></File>\n";
   }
   void TearDown() override { std::remove(showPath.c_str()); }
   int Run(std::vector<std::string> args) {
@@ -80,7 +81,7 @@ class HeadlessRunnerTest : public ::testing::Test {
 };
 
 TEST_F(HeadlessRunnerTest, PlaysTheFramesOnTheVirtualClockAndReportsStats) {
-  EXPECT_EQ(Run({"--headless", showPath, "--frames", "90", "--fps", "30", "--stats"}), 0);
+  EXPECT_EQ(Run({"--headless", showPath, "--frames", "90", "--fps", "30", "--stats"}), 0) << err.str();
   EXPECT_NE(out.str().find("frames 90\n"), std::string::npos) << out.str();
   EXPECT_NE(out.str().find("virtual_ms 2966\n"), std::string::npos) << out.str();  // frame 89 at 89*1000/30
   EXPECT_EQ(err.str(), "");
@@ -92,9 +93,13 @@ TEST_F(HeadlessRunnerTest, WhatCannotBeDoneYetOrCannotBeReadEndsWithOneLineAndNo
   EXPECT_NE(Run({"--headless", showPath, "--midi", "take.mid"}), 0);
   EXPECT_NE(Run({"--headless", showPath, "--text-log", "/nonexistent/dir/t.log"}), 0);
   EXPECT_NE(Run({"--headless", "/nonexistent/show.xml"}), 0);
-  EXPECT_NE(err.str().find("cannot read the show file"), std::string::npos);
+  EXPECT_NE(err.str().find("cannot be opened"), std::string::npos);
   const std::string message = err.str();
   EXPECT_EQ(std::count(message.begin(), message.end(), '\n'), 1) << message;
+  // A file that is no show: one line that says so.
+  std::ofstream(showPath) << "<NotAShow/>";
+  EXPECT_NE(Run({"--headless", showPath}), 0);
+  EXPECT_NE(err.str().find("is not a show file"), std::string::npos);
 }
 
 // A small show built in code, played through the runner's frame loop, checked by its text log.

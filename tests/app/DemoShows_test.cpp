@@ -1,0 +1,67 @@
+// The factory show and the demo shows, played headless: what their texts say, frame by frame.
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "app/HeadlessRunner.h"
+#include "app/Options.h"
+
+namespace lumivane {
+namespace {
+
+std::string Play(const std::string& show, int frames) {
+  const std::string path = std::string(LUMIVANE_SOURCE_RESOURCES) + "/" + show;
+  const auto parsed = ParseOptions({"--headless", path, "--fps", "10", "--frames", std::to_string(frames),
+                                    "--text-log", "/dev/null"});
+  std::ostringstream err, log;
+  HeadlessSession session(parsed.options, err);
+  std::string error;
+  EXPECT_TRUE(session.LoadShow(path, error)) << error;
+  session.Play(frames, &log, false);
+  EXPECT_EQ(err.str(), "") << show;
+  return log.str();
+}
+
+std::vector<std::string> Column(const std::string& log, int textIndex) {
+  std::vector<std::string> said;
+  std::istringstream lines(log);
+  for (std::string line; std::getline(lines, line);) {
+    std::istringstream fields(line);
+    std::string frame, ms, index, copy, text;
+    std::getline(fields, frame, '\t');
+    std::getline(fields, ms, '\t');
+    std::getline(fields, index, '\t');
+    std::getline(fields, copy, '\t');
+    std::getline(fields, text);
+    if (std::stoi(index) == textIndex) said.push_back(text);
+  }
+  return said;
+}
+
+TEST(DemoShows, TheFactoryShowSaysItsName) {
+  EXPECT_EQ(Column(Play("Reset.xml", 3), 1), (std::vector<std::string>{"LUMIVANE", "LUMIVANE", "LUMIVANE"}));
+}
+
+TEST(DemoShows, CountersCountAndTheSequenceBuildsUp) {
+  const std::string log = Play("Demo Counters.xml", 6);
+  EXPECT_EQ(Column(log, 1), (std::vector<std::string>{"1", "1", "2", "2", "3", "3"}));  // every 100 ms, strictly
+  EXPECT_EQ(Column(log, 2), (std::vector<std::string>{"2", "2", "2", "3", "3", "3"}));  // hexadecimal, 250 ms
+  const auto sequence = Column(log, 3);
+  ASSERT_GE(sequence.size(), 3u);
+  EXPECT_EQ(sequence[1].substr(0, 1), sequence[0]);  // "f", "fa", ...
+  EXPECT_EQ(sequence[1].size(), 2u);
+}
+
+TEST(DemoShows, TheTickerRunsThroughItsWordsAndTheCustomTextWalksItsLines) {
+  const std::string log = Play("Demo Words.xml", 14);
+  const auto ticker = Column(log, 1);
+  ASSERT_GE(ticker.size(), 4u);
+  EXPECT_NE(ticker.front().find("light"), std::string::npos);  // the word list was found beside the show
+  EXPECT_NE(ticker.back(), ticker.front());                     // and it moves
+  const auto custom = Column(log, 2);
+  EXPECT_EQ(custom.front(), "one");
+  EXPECT_EQ(custom.back(), "two");  // 600 ms on, the next line
+}
+
+}  // namespace
+}  // namespace lumivane
