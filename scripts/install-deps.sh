@@ -7,8 +7,8 @@ packages=(
   build-essential cmake ninja-build ccache pkg-config git
   # libraries
   qt6-base-dev libqt6opengl6-dev libpugixml-dev qt6-qpa-plugins libgl-dev libgl1-mesa-dri libegl-mesa0
-  # tests and benchmarks
-  libgtest-dev libgmock-dev libbenchmark-dev
+  # tests, benchmarks and the fuzzer
+  libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev
   # headless display for window tests
   xvfb xauth xdotool x11-apps
   # fonts so text layout has real glyphs on a bare machine
