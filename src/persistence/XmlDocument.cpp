@@ -57,19 +57,22 @@ std::string EscapeDigitNames(std::string_view in) {
   return out;
 }
 
-std::string UnescapeDigitNames(std::string text) {
+std::string UnescapeDigitNames(const std::string& text) {
   std::string out;
   out.reserve(text.size());
-  for (std::size_t i = 0; i < text.size();) {
-    const std::size_t nameAt = text.compare(i, 2, "</") == 0 ? 2 : text[i] == '<' ? 1 : 0;
-    if (nameAt > 0 && text.compare(i + nameAt, kDigitPrefix.size(), kDigitPrefix) == 0) {
-      out.append(text, i, nameAt);
-      i += nameAt + kDigitPrefix.size();
-      continue;
+  std::size_t i = 0;
+  for (;;) {
+    const std::size_t lt = text.find('<', i);
+    if (lt == std::string::npos) {
+      out.append(text, i, std::string::npos);
+      return out;
     }
-    out.push_back(text[i++]);
+    std::size_t nameAt = lt + 1;
+    if (nameAt < text.size() && text[nameAt] == '/') ++nameAt;
+    out.append(text, i, nameAt - i);
+    if (text.compare(nameAt, kDigitPrefix.size(), kDigitPrefix) == 0) nameAt += kDigitPrefix.size();
+    i = nameAt;
   }
-  return out;
 }
 
 std::string Reason(int err) { return std::strerror(err); }
