@@ -27,6 +27,7 @@
 #include "core/frmMain.h"
 #include "persistence/ShowFile.h"
 #include "lumivane/Version.h"
+#include "shell/FileMenu.h"
 #include "shell/FocusTracker.h"
 #include "shell/MainWindow.h"
 #include "shell/frmDisplay.h"
@@ -190,6 +191,7 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
   splash.show();
   splash.SetStatus(QStringLiteral("Starting Lumivane"));
   MainWindow window(form);
+  FileMenu fileMenu(window, form, show, msgBox, QString::fromStdString(applicationFolder));
   // 3.
   splash.SetStatus(QStringLiteral("Generating User Interface..."));
   // 4.

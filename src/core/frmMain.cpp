@@ -211,6 +211,7 @@ void frmMain::Save() {
     text_.TextRecordWrite(index, TextSelected);
   }
   saving_ = false;
+  Modified = true;
   if (AfterSave) AfterSave();
 }
 
@@ -271,6 +272,7 @@ void frmMain::RemoveText() {
   const std::int32_t index = getSelectedTextIndex();
   if (index < 1 || index > text_.PreviewGetTextCount()) return;
   text_.TextRemove(index);
+  Modified = true;
   if (AfterTextRemoved) AfterTextRemoved(index);
   SyncTextLabels();
   const std::int32_t count = text_.PreviewGetTextCount();
@@ -374,6 +376,7 @@ void frmMain::SplitText() {
 void frmMain::TextZOrder(std::int32_t index, bool toBack) {
   if (index < 1 || index > text_.PreviewGetTextCount()) return;
   text_.PreviewTextZOrder(index, toBack);
+  Modified = true;
   if (AfterZOrder) AfterZOrder(index, toBack);
   SyncTextLabels();
   SelectText(toBack ? 1 : text_.PreviewGetTextCount(), true);
@@ -388,6 +391,7 @@ void frmMain::ResetTexts() {
 void frmMain::SetPosition(std::int32_t index) {
   const Control* label = TextLabel(index).get();
   if (label == nullptr) return;
+  Modified = true;
   text_.PreviewSetPosition(index, label->Left, label->Top, label->Left + label->Width, label->Top + label->Height);
   if (index == getSelectedTextIndex()) {
     TextSelected.Left = label->Left;

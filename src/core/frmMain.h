@@ -194,6 +194,9 @@ class frmMain {
   // The focus rectangle around the selected label.
   std::function<void(std::int32_t index)> ShowFocusRectangle;
 
+  // Whether the show changed since it was last loaded or saved.
+  bool Modified = false;
+
   bool Saving() const noexcept { return saving_; }
   bool RenderingProperties() const noexcept { return renderingProperties_; }
 

@@ -92,6 +92,7 @@ bool ShowFile::Load(const std::string& path, std::string& error) {
   else
     form_.TextSelected = TextObject{};
   kept_ = std::move(doc);
+  form_.Modified = false;
   return true;
 }
 
@@ -139,7 +140,11 @@ bool ShowFile::Save(const std::string& path, std::string& error) {
     const std::string_view name = XmlDocument::FileName(n.name());
     if (!In(kRootOrder, name)) root.append_copy(n);
   }
-  return doc.Save(path, error);
+  if (!doc.Save(path, error)) return false;
+  form_.Modified = false;
+  return true;
 }
+
+void ShowFile::Forget() { kept_.reset(); }
 
 }  // namespace lumivane

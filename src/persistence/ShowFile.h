@@ -21,6 +21,8 @@ class ShowFile {
   bool Load(const std::string& path, std::string& error);
   // Writes the show whole or not at all; a failed save leaves the old file as it was.
   bool Save(const std::string& path, std::string& error);
+  // A new show: nothing of the last loaded one is kept.
+  void Forget();
 
  private:
   frmMain& form_;

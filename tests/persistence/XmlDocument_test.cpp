@@ -93,6 +93,11 @@ TEST_F(XmlDocumentTest, SavesReplaceTheFileWholeAndAFailedSaveLeavesTheOldOne) {
     fs::permissions(dir, fs::perms::owner_write, fs::perm_options::add);
     EXPECT_EQ(ReadAll(file), before);
   }
+  // A failure after the temporary file is written (the name is taken by a folder): the temporary
+  // file goes, and the folder stays.
+  fs::create_directories(dir / "taken.xml");
+  EXPECT_FALSE(doc.Save((dir / "taken.xml").string(), error));
+  EXPECT_TRUE(fs::is_directory(dir / "taken.xml"));
   // A folder that does not exist: nothing is written anywhere, the message says where.
   EXPECT_FALSE(doc.Save((dir / "no" / "such" / "show.xml").string(), error));
   EXPECT_NE(error.find("cannot be saved"), std::string::npos);

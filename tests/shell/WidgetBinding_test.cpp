@@ -142,6 +142,8 @@ int main(int argc, char** argv) {
   // Widgets without a display; also when CTest lists the tests.
   if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
   QApplication app(argc, argv);
+  // Settings (recent shows) go to a scratch organisation, not the user's.
+  QCoreApplication::setOrganizationName(QStringLiteral("Lumivane Tests"));
   ::testing::InitGoogleTest(&argc, argv);
   return RUN_ALL_TESTS();
 }
