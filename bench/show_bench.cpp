@@ -46,7 +46,7 @@ std::string MakeShow(int texts) {
   }
   const std::string path = "/tmp/lumivane_bench_show.xml";
   std::string error;
-  p.show.Save(path, error);
+  p.show.EngineFileSave(path, error);
   return path;
 }
 
@@ -54,7 +54,7 @@ void BM_LoadShow500(benchmark::State& state) {
   const std::string path = MakeShow(500);
   Program p;
   std::string error;
-  for (auto _ : state) benchmark::DoNotOptimize(p.show.Load(path, error));
+  for (auto _ : state) benchmark::DoNotOptimize(p.show.EngineFileLoad(path, error));
   std::remove(path.c_str());
 }
 BENCHMARK(BM_LoadShow500)->Unit(benchmark::kMillisecond);
@@ -63,8 +63,8 @@ void BM_SaveShow500(benchmark::State& state) {
   const std::string path = MakeShow(500);
   Program p;
   std::string error;
-  p.show.Load(path, error);
-  for (auto _ : state) benchmark::DoNotOptimize(p.show.Save(path, error));
+  p.show.EngineFileLoad(path, error);
+  for (auto _ : state) benchmark::DoNotOptimize(p.show.EngineFileSave(path, error));
   std::remove(path.c_str());
 }
 BENCHMARK(BM_SaveShow500)->Unit(benchmark::kMillisecond);

@@ -118,7 +118,7 @@ HeadlessSession::~HeadlessSession() = default;
 
 bool HeadlessSession::LoadShow(const std::string& path, std::string& error) {
   ShowFile show(state_->main);
-  return show.Load(path, error);
+  return show.EngineFileLoad(path, error);
 }
 
 frmMain& HeadlessSession::Main() { return state_->main; }

@@ -149,7 +149,7 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
   const std::string lastPreset = applicationFolder + "/LastPreset.xml";
   form.LoadFactoryShow = [&show, &applicationFolder] {
     std::string ignored;  // no factory show: the empty one stands
-    show.Load(applicationFolder + "/Reset.xml", ignored);
+    show.EngineFileLoad(applicationFolder + "/Reset.xml", ignored);
   };
 
   bool quitting = false;
@@ -176,7 +176,7 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
     QCoreApplication::processEvents();
     if (form.Running()) form.StopRender();
     std::string error;
-    if (!show.Save(lastPreset, error)) std::fprintf(stderr, "lumivane: %s\n", error.c_str());
+    if (!show.EngineFileSave(lastPreset, error)) std::fprintf(stderr, "lumivane: %s\n", error.c_str());
     if (restart) QProcess::startDetached(QCoreApplication::applicationFilePath(), QCoreApplication::arguments().mid(1));
     // exit(), not quit(): quit() would send the windows a close request, which asks first.
     QCoreApplication::exit(0);
@@ -213,7 +213,7 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
   } else {
     splash.SetStatus(QStringLiteral("Loading Last Preset,Playlist and Cue..."));
     std::string ignored;  // no last show (a first start): the factory show stands
-    show.Load(lastPreset, ignored);
+    show.EngineFileLoad(lastPreset, ignored);
   }
   // 9.
   splash.SetStatus(QStringLiteral("Loading Last Audio Setup..."));

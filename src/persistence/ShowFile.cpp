@@ -45,14 +45,61 @@ void Relocate(std::string& file, const std::string& showPath, std::string_view c
   if (std::filesystem::exists(candidate, ec)) file = candidate.string();
 }
 
+// The header: who wrote the file and when. Never read back.
+void XmlWriteHeader(pugi::xml_node root, const CivilTime& now) {
+  pugi::xml_node header = root.append_child("Header");
+  AppendValue(header, "ApplicationName", kAppTitle);
+  AppendValue(header, "Version", std::to_string(kVersionMajor) + "." + std::to_string(kVersionMinor) + "." +
+                                     std::to_string(kVersionRevision));
+  char created[32];
+  std::snprintf(created, sizeof created, "%04d-%02d-%02d %02d:%02d:%02d", now.Year, now.Month, now.Day, now.Hour,
+                now.Minute, now.Second);
+  AppendValue(header, "DateCreated", created);
+  AppendValue(header, "Info", "Made with Lumivane, a live visual performance instrument.");
+}
+
+// The global settings this build owns, with the kept ones of the loaded show in their places.
+void XmlWriteGlobal(pugi::xml_node root, frmMain& form, pugi::xml_node keptGlobal) {
+  pugi::xml_node global = root.append_child("Global");
+  AppendValue(global, "Resolution", ControlModel::Text(form.Playback().cboResolution));
+  // Kept settings go back in their place: before the background colour what stood before it.
+  bool colourWritten = false;
+  for (pugi::xml_node n = keptGlobal.first_child(); n; n = n.next_sibling()) {
+    const std::string_view name = XmlDocument::FileName(n.name());
+    if (name == "BackGroundColor") {
+      AppendValue(global, "BackGroundColor", std::to_string(ControlModel::BackColor(form.BackgroundColor)));
+      colourWritten = true;
+      continue;
+    }
+    if (In(kOwnGlobals, name)) continue;
+    global.append_copy(n);
+  }
+  if (!colourWritten)
+    AppendValue(global, "BackGroundColor", std::to_string(ControlModel::BackColor(form.BackgroundColor)));
+}
+
+// Reads the global settings this build owns into their controls.
+void XmlReadGlobal(pugi::xml_node root, frmMain& form) {
+  ControlModel& model = form.Model();
+  const pugi::xml_node global = Child(root, "Global");
+  if (const pugi::xml_node resolution = Child(global, "Resolution")) {
+    const std::string size = resolution.text().get();
+    if (size.find('x') != std::string::npos) model.SetText(form.Playback().cboResolution, size, Origin::File);
+  }
+  if (const pugi::xml_node colour = Child(global, "BackGroundColor")) {
+    if (const auto v = ParseNumber(colour.text().get()))
+      if (const auto c = ToInt32(*v)) model.SetBackColor(form.BackgroundColor, *c, Origin::File);
+  }
+}
+
 }  // namespace
 
 ShowFile::ShowFile(frmMain& form) : form_(form) {}
 ShowFile::~ShowFile() = default;
 
-bool ShowFile::Load(const std::string& path, std::string& error) {
+bool ShowFile::EngineFileLoad(const std::string& path, std::string& error) {
   auto doc = std::make_unique<XmlDocument>();
-  if (!doc->Open(path, error)) return false;
+  if (!XmlOpenDocument(*doc, path, error)) return false;
   const pugi::xml_node root = doc->Root();
 
   std::vector<TextObject> texts;
@@ -63,16 +110,7 @@ bool ShowFile::Load(const std::string& path, std::string& error) {
     Relocate(t.Mesh3DFileName, path, "3DS_XFiles");
   }
 
-  ControlModel& model = form_.Model();
-  const pugi::xml_node global = Child(root, "Global");
-  if (const pugi::xml_node resolution = Child(global, "Resolution")) {
-    const std::string size = resolution.text().get();
-    if (size.find('x') != std::string::npos) model.SetText(form_.Playback().cboResolution, size, Origin::File);
-  }
-  if (const pugi::xml_node colour = Child(global, "BackGroundColor")) {
-    if (const auto v = ParseNumber(colour.text().get()))
-      if (const auto c = ToInt32(*v)) model.SetBackColor(form_.BackgroundColor, *c, Origin::File);
-  }
+  XmlReadGlobal(root, form_);
 
   clsText& text = form_.Text();
   {
@@ -96,41 +134,14 @@ bool ShowFile::Load(const std::string& path, std::string& error) {
   return true;
 }
 
-bool ShowFile::Save(const std::string& path, std::string& error) {
+bool ShowFile::EngineFileSave(const std::string& path, std::string& error) {
   XmlDocument doc;
-  doc.New();
+  XmlNewDocument(doc);
   pugi::xml_node root = doc.Root();
   const pugi::xml_node keptRoot = kept_ ? kept_->Root() : pugi::xml_node();
 
-  pugi::xml_node header = root.append_child("Header");
-  AppendValue(header, "ApplicationName", kAppTitle);
-  AppendValue(header, "Version", std::to_string(kVersionMajor) + "." + std::to_string(kVersionMinor) + "." +
-                                     std::to_string(kVersionRevision));
-  const CivilTime now = form_.Text().Context().clock.LocalTime();
-  char created[32];
-  std::snprintf(created, sizeof created, "%04d-%02d-%02d %02d:%02d:%02d", now.Year, now.Month, now.Day, now.Hour,
-                now.Minute, now.Second);
-  AppendValue(header, "DateCreated", created);
-  AppendValue(header, "Info", "Made with Lumivane, a live visual performance instrument.");
-
-  pugi::xml_node global = root.append_child("Global");
-  AppendValue(global, "Resolution", ControlModel::Text(form_.Playback().cboResolution));
-  const pugi::xml_node keptGlobal = Child(keptRoot, "Global");
-  // Kept settings go back in their place: before the background colour what stood before it.
-  bool colourWritten = false;
-  for (pugi::xml_node n = keptGlobal.first_child(); n; n = n.next_sibling()) {
-    const std::string_view name = XmlDocument::FileName(n.name());
-    if (name == "BackGroundColor") {
-      AppendValue(global, "BackGroundColor", std::to_string(ControlModel::BackColor(form_.BackgroundColor)));
-      colourWritten = true;
-      continue;
-    }
-    if (In(kOwnGlobals, name)) continue;
-    global.append_copy(n);
-  }
-  if (!colourWritten)
-    AppendValue(global, "BackGroundColor", std::to_string(ControlModel::BackColor(form_.BackgroundColor)));
-
+  XmlWriteHeader(root, form_.Text().Context().clock.LocalTime());
+  XmlWriteGlobal(root, form_, Child(keptRoot, "Global"));
   XmlWriteText(root, form_.Text().Current());
 
   // The blocks of other parts, in the format's order, then any this build does not know at all.
@@ -140,7 +151,9 @@ bool ShowFile::Save(const std::string& path, std::string& error) {
     const std::string_view name = XmlDocument::FileName(n.name());
     if (!In(kRootOrder, name)) root.append_copy(n);
   }
-  if (!doc.Save(path, error)) return false;
+  const bool saved = XmlSaveDocument(doc, path, error);
+  XmlCloseDocument(doc);
+  if (!saved) return false;
   form_.Modified = false;
   return true;
 }

@@ -18,9 +18,9 @@ class ShowFile {
 
   // Reads a show into the editor's list (the locked copy while the output is locked) and the
   // controls it sets. On failure nothing in memory changes and `error` says why in one line.
-  bool Load(const std::string& path, std::string& error);
+  bool EngineFileLoad(const std::string& path, std::string& error);
   // Writes the show whole or not at all; a failed save leaves the old file as it was.
-  bool Save(const std::string& path, std::string& error);
+  bool EngineFileSave(const std::string& path, std::string& error);
   // A new show: nothing of the last loaded one is kept.
   void Forget();
 

@@ -42,6 +42,16 @@ class XmlDocument {
   pugi::xml_document dom_;
 };
 
+// The document's life as the readers and writers of the format know it.
+inline void XmlNewDocument(XmlDocument& doc) { doc.New(); }
+inline bool XmlOpenDocument(XmlDocument& doc, const std::string& path, std::string& error) {
+  return doc.Open(path, error);
+}
+inline bool XmlSaveDocument(const XmlDocument& doc, const std::string& path, std::string& error) {
+  return doc.Save(path, error);
+}
+inline void XmlCloseDocument(XmlDocument& doc) { doc.Close(); }
+
 // Small helpers over the DOM's element-with-text values.
 pugi::xml_node Child(pugi::xml_node parent, std::string_view name);
 pugi::xml_node EnsureChild(pugi::xml_node parent, std::string_view name);

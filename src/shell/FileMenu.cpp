@@ -56,7 +56,7 @@ bool FileMenu::New() {
 
 bool FileMenu::Open(const QString& path) {
   std::string error;
-  if (!show_.Load(path.toStdString(), error)) {
+  if (!show_.EngineFileLoad(path.toStdString(), error)) {
     msgBox_.Show(error, MsgBox::OKOnly);
     return false;
   }
@@ -76,7 +76,7 @@ bool FileMenu::Save() {
 
 bool FileMenu::SaveAs(const QString& path) {
   std::string error;
-  if (!show_.Save(path.toStdString(), error)) {
+  if (!show_.EngineFileSave(path.toStdString(), error)) {
     msgBox_.Show(error, MsgBox::OKOnly);
     return false;
   }

@@ -49,12 +49,12 @@ TEST_F(ShowFileTest, ASavedShowLoadsBackWithItsTextsAndSettings) {
   model.SetBackColor(form.BackgroundColor, 0x00203040);
   const std::vector<TextObject> before = text.Current();
   const std::string path = (dir / "show.xml").string();
-  ASSERT_TRUE(show.Save(path, error)) << error;
+  ASSERT_TRUE(show.EngineFileSave(path, error)) << error;
 
   form.ResetTexts();
   model.SetText(form.Playback().cboResolution, "640x480");
   model.SetBackColor(form.BackgroundColor, 0);
-  ASSERT_TRUE(show.Load(path, error)) << error;
+  ASSERT_TRUE(show.EngineFileLoad(path, error)) << error;
   ASSERT_EQ(text.PreviewGetTextCount(), 2);
   EXPECT_EQ(text.Current()[1].Words[0], "hello");
   EXPECT_EQ(text.Current()[1].EditorText, "hello");
@@ -78,9 +78,9 @@ TEST_F(ShowFileTest, BlocksThisBuildDoesNotReadSurviveASave) {
   <Controllers><Global><Device>MIDI 1</Device></Global><1Controller><TargetForm>frmMain</TargetForm></1Controller></Controllers>
   <AnimatedControls><AnimatedControlCount>0</AnimatedControlCount></AnimatedControls>
 </File>)");
-  ASSERT_TRUE(show.Load(path, error)) << error;
+  ASSERT_TRUE(show.EngineFileLoad(path, error)) << error;
   const std::string saved = (dir / "saved.xml").string();
-  ASSERT_TRUE(show.Save(saved, error)) << error;
+  ASSERT_TRUE(show.EngineFileSave(saved, error)) << error;
 
   XmlDocument original, written;
   ASSERT_TRUE(original.Open(path, error));
@@ -99,11 +99,11 @@ TEST_F(ShowFileTest, ABadFileChangesNothingInMemory) {
   const std::vector<TextObject> before = text.Current();
   for (const std::string& bad :
        {std::string("<File><Text>"), std::string("<NotAShow/>"), std::string(""), std::string("\x89PNG\r\n\x1a\n\0\0", 10)}) {
-    EXPECT_FALSE(show.Load(Write("bad.xml", bad), error));
+    EXPECT_FALSE(show.EngineFileLoad(Write("bad.xml", bad), error));
     EXPECT_FALSE(error.empty());
     EXPECT_EQ(text.Current(), before);
   }
-  EXPECT_FALSE(show.Load((dir / "missing.xml").string(), error));
+  EXPECT_FALSE(show.EngineFileLoad((dir / "missing.xml").string(), error));
   EXPECT_EQ(text.PreviewGetTextCount(), 1);
 }
 
@@ -113,7 +113,7 @@ TEST_F(ShowFileTest, ALoadUnderTheLockReplacesOnlyTheLockedCopy) {
                                  "<File><Text><TextCount>2</TextCount><1Text><SelfTime>1</SelfTime></1Text>"
                                  "<2Text><SelfTime>2</SelfTime></2Text></Text></File>");
   model.SetValue(form.chkLockTextUpdate(), 1);
-  ASSERT_TRUE(show.Load(path, error)) << error;
+  ASSERT_TRUE(show.EngineFileLoad(path, error)) << error;
   EXPECT_EQ(text.RenderGetTextCount(), 1);  // the output shows what it showed
   EXPECT_EQ(text.PreviewGetTextCount(), 2);
   model.SetValue(form.chkLockTextUpdate(), 0);
