@@ -6,7 +6,7 @@ packages=(
   # toolchain
   build-essential cmake ninja-build ccache pkg-config git
   # libraries
-  qt6-base-dev libqt6opengl6-dev libpugixml-dev qt6-qpa-plugins libgl-dev libgl1-mesa-dri libegl-mesa0
+  qt6-base-dev libqt6opengl6-dev libpugixml-dev qt6-qpa-plugins libgl-dev libgl1-mesa-dri libegl-mesa0 libegl-dev libepoxy-dev
   # tests, benchmarks and the fuzzer
   libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev
   # headless display for window tests

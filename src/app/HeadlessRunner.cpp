@@ -1,5 +1,8 @@
 #include "app/HeadlessRunner.h"
 
+#include <QImage>
+#include <QString>
+
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
@@ -16,7 +19,9 @@
 #include "core/Stopwatch.h"
 #include "core/TextPass.h"
 #include "core/clsText.h"
+#include "core/Color.h"
 #include "core/frmMain.h"
+#include "render/RenderDevice.h"
 #include "persistence/ShowFile.h"
 
 namespace lumivane {
@@ -38,8 +43,25 @@ class HeadlessMsgBox final : public MsgBox {
 };
 
 // What this build cannot do yet, by option; each names the part of the program it waits for.
+bool EndsWith(const std::string& s, std::string_view suffix) {
+  return s.size() >= suffix.size() && s.compare(s.size() - suffix.size(), suffix.size(), suffix) == 0;
+}
+
+bool IsVideo(const std::string& out) { return EndsWith(out, ".avi") || EndsWith(out, ".mp4") || EndsWith(out, ".mkv"); }
+
+// A frame file pattern holds one whole-number conversion: %d, %5d, %05d.
+bool ValidPattern(const std::string& pattern) {
+  const std::size_t at = pattern.find('%');
+  if (at == std::string::npos || pattern.find('%', at + 1) != std::string::npos) return false;
+  std::size_t i = at + 1;
+  while (i < pattern.size() && pattern[i] >= '0' && pattern[i] <= '9') ++i;
+  return i < pattern.size() && pattern[i] == 'd';
+}
+
 const char* Unsupported(const AppOptions& o) {
-  if (!o.out.empty()) return "--out needs the render device, which this build does not have yet";
+  if (IsVideo(o.out)) return "--out to a video file needs the FFmpeg writer, which this build does not have yet";
+  if (!o.out.empty() && o.out != "-" && !ValidPattern(o.out))
+    return "--out wants a frame pattern with one number in it (frame_%05d.png), a video name or -";
   if (!o.midi.empty()) return "--midi needs MIDI control, which this build does not have yet";
   if (!o.audio.empty()) return "--audio needs audio analysis, which this build does not have yet";
   return nullptr;
@@ -80,6 +102,19 @@ struct HeadlessSession::State {
   TextPass textPass;
   std::ostream* textLog = nullptr;
   std::string line;
+  // With --out: the device, the frames' destination and the frame being delivered.
+  std::unique_ptr<RenderDevice> device;
+  std::string out;
+  std::vector<std::uint8_t> pixels;
+  std::int64_t framesOut = 0;
+  std::string outError;
+  void Deliver(std::int64_t frame) {
+    if (out == "-" || !outError.empty()) return;  // read back and let go, like a null output
+    char name[4096];
+    std::snprintf(name, sizeof name, out.c_str(), static_cast<int>(frame));
+    const QImage image(pixels.data(), device->BackBufferWidth(), device->BackBufferHeight(), QImage::Format_RGBA8888);
+    if (!image.save(QString::fromUtf8(name), "PNG")) outError = std::string("cannot write the frame \"") + name + "\"";
+  }
 };
 
 HeadlessSession::HeadlessSession(const AppOptions& options, std::ostream& err)
@@ -88,6 +123,10 @@ HeadlessSession::HeadlessSession(const AppOptions& options, std::ostream& err)
   s.main.BackBufferWidth = options.width;
   s.main.BackBufferHeight = options.height;
   s.main.RenderFrame = [&s] {
+    if (s.device) {
+      s.device->BeginScene();
+      s.device->Clear(ToDeviceColor(ControlModel::BackColor(s.main.BackgroundColor)));
+    }
     const TextFrameInput input = s.main.FrameInput();
     s.textPass.Run(s.text, input, [&s](std::int32_t index, std::int32_t copy, const TextFrame& frame) {
       if (s.textLog == nullptr) return;
@@ -108,6 +147,12 @@ HeadlessSession::HeadlessSession(const AppOptions& options, std::ostream& err)
       l.push_back('\n');
       s.textLog->write(l.data(), static_cast<std::streamsize>(l.size()));
     });
+    if (s.device) {
+      s.device->EndScene();
+      s.device->QueueReadBack();
+      // The frame before this one is ready now: its read back ran while this one was drawn.
+      if (s.device->TakeReadBack(s.pixels)) s.Deliver(s.framesOut++);
+    }
   };
   RenderTimer::Hooks hooks;
   hooks.render = [&s] { s.main.Render(); };
@@ -115,6 +160,23 @@ HeadlessSession::HeadlessSession(const AppOptions& options, std::ostream& err)
 }
 
 HeadlessSession::~HeadlessSession() = default;
+
+bool HeadlessSession::OpenOutput(const std::string& out, int width, int height, std::string& error) {
+  state_->device = CreateHeadlessDevice(width, height, error);
+  if (!state_->device) {
+    error = "Error initializing OpenGL. " + error;
+    return false;
+  }
+  state_->out = out;
+  return true;
+}
+
+bool HeadlessSession::FinishOutput(std::string& error) {
+  State& s = *state_;
+  if (s.device && s.device->FlushReadBack(s.pixels)) s.Deliver(s.framesOut++);
+  error = s.outError;
+  return error.empty();
+}
 
 bool HeadlessSession::LoadShow(const std::string& path, std::string& error) {
   ShowFile show(state_->main);
@@ -160,6 +222,10 @@ int RunHeadless(const AppOptions& options, std::ostream& out, std::ostream& err)
     err << "lumivane: " << error << '\n';
     return 2;
   }
+  if (std::string error; !options.out.empty() && !session.OpenOutput(options.out, options.width, options.height, error)) {
+    err << "lumivane: " << error << '\n';
+    return 2;
+  }
   std::ofstream log;
   if (!options.logFile.empty()) {
     log.open(options.logFile, std::ios::app);
@@ -173,7 +239,13 @@ int RunHeadless(const AppOptions& options, std::ostream& out, std::ostream& err)
   Stopwatch wall;
   std::vector<std::int64_t> frameNs =
       session.Play(options.FrameCount(), options.textLog.empty() ? nullptr : &textLog, options.stats);
+  std::string outError;
+  const bool outWritten = session.FinishOutput(outError);
   const std::int64_t wallNs = wall.ElapsedNs();
+  if (!outWritten) {
+    err << "lumivane: " << outError << '\n';
+    return 2;
+  }
   if (textLog.is_open()) {
     textLog.flush();
     if (!textLog) {

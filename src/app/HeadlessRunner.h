@@ -23,6 +23,12 @@ class HeadlessSession {
   // Reads a show file into the session; false with the reason in one line when it cannot.
   bool LoadShow(const std::string& path, std::string& error);
 
+  // Renders every frame on a device without any display and writes it: PNG files by the printf
+  // pattern `out`, or with "-" reads each frame back and lets it go (for timing).
+  bool OpenOutput(const std::string& out, int width, int height, std::string& error);
+  // Delivers the last frame still on its way; false with the reason when a frame was not written.
+  bool FinishOutput(std::string& error);
+
   frmMain& Main();
   clsText& Text();
   ControlModel& Model();

@@ -6,6 +6,8 @@
 #include <fstream>
 #include <sstream>
 
+#include <QImage>
+
 #include "app/HeadlessRunner.h"
 #include "core/clsText.h"
 
@@ -88,8 +90,9 @@ TEST_F(HeadlessRunnerTest, PlaysTheFramesOnTheVirtualClockAndReportsStats) {
 }
 
 TEST_F(HeadlessRunnerTest, WhatCannotBeDoneYetOrCannotBeReadEndsWithOneLineAndNonZero) {
-  EXPECT_NE(Run({"--headless", showPath, "--out", "frame_%05d.png"}), 0);
+  EXPECT_NE(Run({"--headless", showPath, "--out", "show.mp4"}), 0);
   EXPECT_NE(err.str().find("--out"), std::string::npos);
+  EXPECT_NE(Run({"--headless", showPath, "--out", "frames.png"}), 0);  // no number in the pattern
   EXPECT_NE(Run({"--headless", showPath, "--midi", "take.mid"}), 0);
   EXPECT_NE(Run({"--headless", showPath, "--text-log", "/nonexistent/dir/t.log"}), 0);
   EXPECT_NE(Run({"--headless", "/nonexistent/show.xml"}), 0);
@@ -100,6 +103,22 @@ TEST_F(HeadlessRunnerTest, WhatCannotBeDoneYetOrCannotBeReadEndsWithOneLineAndNo
   std::ofstream(showPath) << "<NotAShow/>";
   EXPECT_NE(Run({"--headless", showPath}), 0);
   EXPECT_NE(err.str().find("is not a show file"), std::string::npos);
+}
+
+TEST_F(HeadlessRunnerTest, OutWritesEveryFrameAsAPngInTheShowsBackgroundColour) {
+  std::ofstream(showPath) << "<File><Global><BackGroundColor>16711680</BackGroundColor></Global></File>";  // blue
+  const std::string pattern = ::testing::TempDir() + "lumivane_out_%03d.png";
+  ASSERT_EQ(Run({"--headless", showPath, "--frames", "3", "--size", "32x16", "--out", pattern}), 0) << err.str();
+  for (int k = 0; k < 3; ++k) {
+    char name[512];
+    std::snprintf(name, sizeof name, pattern.c_str(), k);
+    const QImage frame(QString::fromUtf8(name));
+    ASSERT_FALSE(frame.isNull()) << name;
+    EXPECT_EQ(frame.size(), QSize(32, 16));
+    EXPECT_EQ(frame.pixelColor(5, 5), QColor(0, 0, 255));
+    std::remove(name);
+  }
+  EXPECT_EQ(Run({"--headless", showPath, "--frames", "3", "--out", "-"}), 0) << err.str();  // read back, kept nowhere
 }
 
 // A small show built in code, played through the runner's frame loop, checked by its text log.

@@ -1,0 +1,188 @@
+// The OpenGL 3.3 core device on an EGL context without a surface.
+#include <epoxy/egl.h>
+#include <epoxy/gl.h>
+
+#include <cstring>
+
+#include "render/RenderDevice.h"
+
+namespace lumivane {
+
+namespace {
+
+// Two pixel buffers: while one is read, the other receives the next frame.
+constexpr int kReadBuffers = 2;
+
+class HeadlessGlDevice final : public RenderDevice {
+ public:
+  HeadlessGlDevice(int width, int height) : width_(width), height_(height) {}
+  ~HeadlessGlDevice() override;
+
+  bool Initialize(std::string& error);
+  int BackBufferWidth() const noexcept override { return width_; }
+  int BackBufferHeight() const noexcept override { return height_; }
+  void BeginScene() override {
+    glBindFramebuffer(GL_FRAMEBUFFER, framebuffer_);
+    glViewport(0, 0, width_, height_);
+  }
+  void Clear(std::uint32_t color) override {
+    glClearColor(static_cast<float>((color >> 16) & 0xFF) / 255.0f, static_cast<float>((color >> 8) & 0xFF) / 255.0f,
+                 static_cast<float>(color & 0xFF) / 255.0f, 1.0f);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+  }
+  void EndScene() override {}
+  void QueueReadBack() override;
+  bool TakeReadBack(std::vector<std::uint8_t>& rgba) override;
+  bool FlushReadBack(std::vector<std::uint8_t>& rgba) override;
+  std::string Renderer() const override { return renderer_; }
+
+ private:
+  bool MakeContext(EGLDisplay display, std::string& error);
+  bool Deliver(int buffer, std::vector<std::uint8_t>& rgba);
+
+  int width_;
+  int height_;
+  EGLDisplay display_ = EGL_NO_DISPLAY;
+  EGLContext context_ = EGL_NO_CONTEXT;
+  GLuint framebuffer_ = 0;
+  GLuint color_ = 0;
+  GLuint depth_ = 0;
+  GLuint pixelBuffers_[kReadBuffers] = {0, 0};
+  bool queued_[kReadBuffers] = {false, false};
+  int next_ = 0;  // the buffer the next frame is read into
+  std::string renderer_;
+};
+
+bool HeadlessGlDevice::MakeContext(EGLDisplay display, std::string& error) {
+  EGLint major = 0, minor = 0;
+  if (display == EGL_NO_DISPLAY || !eglInitialize(display, &major, &minor)) {
+    error = "EGL could not be initialised";
+    return false;
+  }
+  if (!eglBindAPI(EGL_OPENGL_API)) {
+    error = "EGL offers no desktop OpenGL";
+    eglTerminate(display);
+    return false;
+  }
+  const EGLint contextAttributes[] = {EGL_CONTEXT_MAJOR_VERSION, 3, EGL_CONTEXT_MINOR_VERSION, 3,
+                                      EGL_CONTEXT_OPENGL_PROFILE_MASK, EGL_CONTEXT_OPENGL_CORE_PROFILE_BIT, EGL_NONE};
+  // Surfaceless: no config is needed where the driver allows it.
+  EGLContext context = eglCreateContext(display, EGL_NO_CONFIG_KHR, EGL_NO_CONTEXT, contextAttributes);
+  if (context == EGL_NO_CONTEXT) {
+    error = "no OpenGL 3.3 core context could be made";
+    eglTerminate(display);
+    return false;
+  }
+  if (!eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, context)) {
+    error = "the OpenGL context cannot be made current without a surface";
+    eglDestroyContext(display, context);
+    eglTerminate(display);
+    return false;
+  }
+  display_ = display;
+  context_ = context;
+  return true;
+}
+
+bool HeadlessGlDevice::Initialize(std::string& error) {
+  std::string why = "no EGL platform without a display was found";
+  bool made = false;
+  if (epoxy_has_egl_extension(EGL_NO_DISPLAY, "EGL_MESA_platform_surfaceless"))
+    made = MakeContext(eglGetPlatformDisplayEXT(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, nullptr), why);
+  if (!made && epoxy_has_egl_extension(EGL_NO_DISPLAY, "EGL_EXT_platform_device")) {
+    EGLDeviceEXT devices[8];
+    EGLint count = 0;
+    if (eglQueryDevicesEXT(8, devices, &count)) {
+      for (EGLint i = 0; i < count && !made; ++i)
+        made = MakeContext(eglGetPlatformDisplayEXT(EGL_PLATFORM_DEVICE_EXT, devices[i], nullptr), why);
+    }
+  }
+  if (!made) {
+    error = why;
+    return false;
+  }
+  renderer_ = reinterpret_cast<const char*>(glGetString(GL_RENDERER));
+
+  glGenFramebuffers(1, &framebuffer_);
+  glBindFramebuffer(GL_FRAMEBUFFER, framebuffer_);
+  glGenRenderbuffers(1, &color_);
+  glBindRenderbuffer(GL_RENDERBUFFER, color_);
+  glRenderbufferStorage(GL_RENDERBUFFER, GL_RGBA8, width_, height_);
+  glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, color_);
+  glGenRenderbuffers(1, &depth_);
+  glBindRenderbuffer(GL_RENDERBUFFER, depth_);
+  glRenderbufferStorage(GL_RENDERBUFFER, GL_DEPTH24_STENCIL8, width_, height_);
+  glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_RENDERBUFFER, depth_);
+  if (glCheckFramebufferStatus(GL_FRAMEBUFFER) != GL_FRAMEBUFFER_COMPLETE) {
+    error = "the back buffer of " + std::to_string(width_) + "x" + std::to_string(height_) + " cannot be made";
+    return false;
+  }
+  glGenBuffers(kReadBuffers, pixelBuffers_);
+  for (GLuint b : pixelBuffers_) {
+    glBindBuffer(GL_PIXEL_PACK_BUFFER, b);
+    glBufferData(GL_PIXEL_PACK_BUFFER, static_cast<GLsizeiptr>(width_) * height_ * 4, nullptr, GL_STREAM_READ);
+  }
+  glBindBuffer(GL_PIXEL_PACK_BUFFER, 0);
+  return true;
+}
+
+HeadlessGlDevice::~HeadlessGlDevice() {
+  if (context_ != EGL_NO_CONTEXT) {
+    glDeleteBuffers(kReadBuffers, pixelBuffers_);
+    glDeleteRenderbuffers(1, &depth_);
+    glDeleteRenderbuffers(1, &color_);
+    glDeleteFramebuffers(1, &framebuffer_);
+    eglMakeCurrent(display_, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+    eglDestroyContext(display_, context_);
+  }
+  if (display_ != EGL_NO_DISPLAY) eglTerminate(display_);
+}
+
+void HeadlessGlDevice::QueueReadBack() {
+  glBindFramebuffer(GL_READ_FRAMEBUFFER, framebuffer_);
+  glReadBuffer(GL_COLOR_ATTACHMENT0);
+  glBindBuffer(GL_PIXEL_PACK_BUFFER, pixelBuffers_[next_]);
+  glPixelStorei(GL_PACK_ALIGNMENT, 4);
+  glReadPixels(0, 0, width_, height_, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
+  glBindBuffer(GL_PIXEL_PACK_BUFFER, 0);
+  queued_[next_] = true;
+  next_ = (next_ + 1) % kReadBuffers;
+}
+
+bool HeadlessGlDevice::Deliver(int buffer, std::vector<std::uint8_t>& rgba) {
+  if (!queued_[buffer]) return false;
+  queued_[buffer] = false;
+  const std::size_t row = static_cast<std::size_t>(width_) * 4;
+  rgba.resize(row * static_cast<std::size_t>(height_));
+  glBindBuffer(GL_PIXEL_PACK_BUFFER, pixelBuffers_[buffer]);
+  const auto* pixels = static_cast<const std::uint8_t*>(
+      glMapBufferRange(GL_PIXEL_PACK_BUFFER, 0, static_cast<GLsizeiptr>(rgba.size()), GL_MAP_READ_BIT));
+  if (pixels != nullptr) {
+    // GL's rows run bottom up; frames are delivered top row first.
+    for (int y = 0; y < height_; ++y)
+      std::memcpy(rgba.data() + static_cast<std::size_t>(y) * row,
+                  pixels + static_cast<std::size_t>(height_ - 1 - y) * row, row);
+    glUnmapBuffer(GL_PIXEL_PACK_BUFFER);
+  }
+  glBindBuffer(GL_PIXEL_PACK_BUFFER, 0);
+  return pixels != nullptr;
+}
+
+bool HeadlessGlDevice::TakeReadBack(std::vector<std::uint8_t>& rgba) {
+  // The buffer that will be written next holds the frame queued before the last one.
+  return Deliver(next_, rgba);
+}
+
+bool HeadlessGlDevice::FlushReadBack(std::vector<std::uint8_t>& rgba) {
+  return Deliver((next_ + kReadBuffers - 1) % kReadBuffers, rgba);
+}
+
+}  // namespace
+
+std::unique_ptr<RenderDevice> CreateHeadlessDevice(int width, int height, std::string& error) {
+  auto device = std::make_unique<HeadlessGlDevice>(width, height);
+  if (!device->Initialize(error)) return nullptr;
+  return device;
+}
+
+}  // namespace lumivane

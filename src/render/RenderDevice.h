@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace lumivane {
+
+// The narrow device the frame's passes draw through. The engine never sees a GL header: this is
+// all it knows of the device. Colours are device words 0xAARRGGBB.
+class RenderDevice {
+ public:
+  virtual ~RenderDevice() = default;
+
+  virtual int BackBufferWidth() const noexcept = 0;
+  virtual int BackBufferHeight() const noexcept = 0;
+
+  // Starts a frame on the back buffer.
+  virtual void BeginScene() = 0;
+  virtual void Clear(std::uint32_t color) = 0;
+  virtual void EndScene() = 0;
+
+  // Read back, overlapped with the next frame: QueueReadBack starts copying the finished frame out
+  // of the device, and TakeReadBack delivers the frame queued before it (RGBA, top row first).
+  // FlushReadBack delivers the last queued frame at the end of a run.
+  virtual void QueueReadBack() = 0;
+  virtual bool TakeReadBack(std::vector<std::uint8_t>& rgba) = 0;
+  virtual bool FlushReadBack(std::vector<std::uint8_t>& rgba) = 0;
+
+  // What the device runs on, for logs and figures ("llvmpipe ...", "NVIDIA H100 ...").
+  virtual std::string Renderer() const = 0;
+};
+
+// A device without any window, rendering into an offscreen back buffer of the given size: EGL
+// without a surface (Mesa's surfaceless platform first, then the EGL device platform that NVIDIA
+// drivers offer). Answers nullptr with the reason when none can be made.
+std::unique_ptr<RenderDevice> CreateHeadlessDevice(int width, int height, std::string& error);
+
+}  // namespace lumivane
