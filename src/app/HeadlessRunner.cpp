@@ -105,15 +105,22 @@ struct HeadlessSession::State {
   // With --out: the device, the frames' destination and the frame being delivered.
   std::unique_ptr<RenderDevice> device;
   std::string out;
-  std::vector<std::uint8_t> pixels;
   std::int64_t framesOut = 0;
   std::string outError;
-  void Deliver(std::int64_t frame) {
-    if (out == "-" || !outError.empty()) return;  // read back and let go, like a null output
-    char name[4096];
-    std::snprintf(name, sizeof name, out.c_str(), static_cast<int>(frame));
-    const QImage image(pixels.data(), device->BackBufferWidth(), device->BackBufferHeight(), QImage::Format_RGBA8888);
-    if (!image.save(QString::fromUtf8(name), "PNG")) outError = std::string("cannot write the frame \"") + name + "\"";
+  // Takes a finished frame where the device holds it; "-" lets it go, like a null output.
+  RenderDevice::FrameSink Sink() {
+    return [this](const std::uint8_t* top, std::ptrdiff_t stride) {
+      const std::int64_t frame = framesOut++;
+      if (out == "-" || !outError.empty()) return;
+      char name[4096];
+      std::snprintf(name, sizeof name, out.c_str(), static_cast<int>(frame));
+      const int w = device->BackBufferWidth(), h = device->BackBufferHeight();
+      // Bottom-up rows come in as the last row first: the image is built upside down and turned.
+      const std::uint8_t* first = stride < 0 ? top + (h - 1) * stride : top;
+      QImage image(first, w, h, static_cast<qsizetype>(stride < 0 ? -stride : stride), QImage::Format_RGBA8888);
+      if (stride < 0) image = image.mirrored();
+      if (!image.save(QString::fromUtf8(name), "PNG")) outError = std::string("cannot write the frame \"") + name + "\"";
+    };
   }
 };
 
@@ -151,7 +158,7 @@ HeadlessSession::HeadlessSession(const AppOptions& options, std::ostream& err)
       s.device->EndScene();
       s.device->QueueReadBack();
       // The frame before this one is ready now: its read back ran while this one was drawn.
-      if (s.device->TakeReadBack(s.pixels)) s.Deliver(s.framesOut++);
+      s.device->TakeReadBack(s.Sink());
     }
   };
   RenderTimer::Hooks hooks;
@@ -173,7 +180,7 @@ bool HeadlessSession::OpenOutput(const std::string& out, int width, int height, 
 
 bool HeadlessSession::FinishOutput(std::string& error) {
   State& s = *state_;
-  if (s.device && s.device->FlushReadBack(s.pixels)) s.Deliver(s.framesOut++);
+  if (s.device) s.device->FlushReadBack(s.Sink());
   error = s.outError;
   return error.empty();
 }

@@ -32,13 +32,13 @@ class HeadlessGlDevice final : public RenderDevice {
   }
   void EndScene() override {}
   void QueueReadBack() override;
-  bool TakeReadBack(std::vector<std::uint8_t>& rgba) override;
-  bool FlushReadBack(std::vector<std::uint8_t>& rgba) override;
+  bool TakeReadBack(const FrameSink& sink) override;
+  bool FlushReadBack(const FrameSink& sink) override;
   std::string Renderer() const override { return renderer_; }
 
  private:
   bool MakeContext(EGLDisplay display, std::string& error);
-  bool Deliver(int buffer, std::vector<std::uint8_t>& rgba);
+  bool Deliver(int buffer, const FrameSink& sink);
 
   int width_;
   int height_;
@@ -149,35 +149,41 @@ void HeadlessGlDevice::QueueReadBack() {
   next_ = (next_ + 1) % kReadBuffers;
 }
 
-bool HeadlessGlDevice::Deliver(int buffer, std::vector<std::uint8_t>& rgba) {
+bool HeadlessGlDevice::Deliver(int buffer, const FrameSink& sink) {
   if (!queued_[buffer]) return false;
   queued_[buffer] = false;
-  const std::size_t row = static_cast<std::size_t>(width_) * 4;
-  rgba.resize(row * static_cast<std::size_t>(height_));
+  const auto row = static_cast<std::ptrdiff_t>(width_) * 4;
+  const auto size = row * height_;
   glBindBuffer(GL_PIXEL_PACK_BUFFER, pixelBuffers_[buffer]);
   const auto* pixels = static_cast<const std::uint8_t*>(
-      glMapBufferRange(GL_PIXEL_PACK_BUFFER, 0, static_cast<GLsizeiptr>(rgba.size()), GL_MAP_READ_BIT));
+      glMapBufferRange(GL_PIXEL_PACK_BUFFER, 0, static_cast<GLsizeiptr>(size), GL_MAP_READ_BIT));
+  // GL's rows run bottom up: the top row is the last one, and the stride walks backwards.
   if (pixels != nullptr) {
-    // GL's rows run bottom up; frames are delivered top row first.
-    for (int y = 0; y < height_; ++y)
-      std::memcpy(rgba.data() + static_cast<std::size_t>(y) * row,
-                  pixels + static_cast<std::size_t>(height_ - 1 - y) * row, row);
+    if (sink) sink(pixels + (height_ - 1) * row, -row);
     glUnmapBuffer(GL_PIXEL_PACK_BUFFER);
   }
   glBindBuffer(GL_PIXEL_PACK_BUFFER, 0);
   return pixels != nullptr;
 }
 
-bool HeadlessGlDevice::TakeReadBack(std::vector<std::uint8_t>& rgba) {
+bool HeadlessGlDevice::TakeReadBack(const FrameSink& sink) {
   // The buffer that will be written next holds the frame queued before the last one.
-  return Deliver(next_, rgba);
+  return Deliver(next_, sink);
 }
 
-bool HeadlessGlDevice::FlushReadBack(std::vector<std::uint8_t>& rgba) {
-  return Deliver((next_ + kReadBuffers - 1) % kReadBuffers, rgba);
+bool HeadlessGlDevice::FlushReadBack(const FrameSink& sink) {
+  return Deliver((next_ + kReadBuffers - 1) % kReadBuffers, sink);
 }
 
 }  // namespace
+
+RenderDevice::FrameSink RenderDevice::CopyInto(std::vector<std::uint8_t>& rgba) const {
+  return [this, &rgba](const std::uint8_t* top, std::ptrdiff_t stride) {
+    const auto row = static_cast<std::size_t>(BackBufferWidth()) * 4;
+    rgba.resize(row * static_cast<std::size_t>(BackBufferHeight()));
+    for (int y = 0; y < BackBufferHeight(); ++y) std::memcpy(rgba.data() + y * row, top + y * stride, row);
+  };
+}
 
 std::unique_ptr<RenderDevice> CreateHeadlessDevice(int width, int height, std::string& error) {
   auto device = std::make_unique<HeadlessGlDevice>(width, height);

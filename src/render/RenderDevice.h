@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -24,12 +26,22 @@ class RenderDevice {
   // Read back, overlapped with the next frame: QueueReadBack starts copying the finished frame out
   // of the device, and TakeReadBack delivers the frame queued before it (RGBA, top row first).
   // FlushReadBack delivers the last queued frame at the end of a run.
+  // The sink sees the frame where it lies, without a copy: `top` is the first byte of the top row
+  // and rows are `stride` bytes apart (negative when the device stores them bottom up). Valid only
+  // during the call.
+  using FrameSink = std::function<void(const std::uint8_t* top, std::ptrdiff_t stride)>;
   virtual void QueueReadBack() = 0;
-  virtual bool TakeReadBack(std::vector<std::uint8_t>& rgba) = 0;
-  virtual bool FlushReadBack(std::vector<std::uint8_t>& rgba) = 0;
+  virtual bool TakeReadBack(const FrameSink& sink) = 0;
+  virtual bool FlushReadBack(const FrameSink& sink) = 0;
+  // The same, copied into `rgba` top row first.
+  bool TakeReadBack(std::vector<std::uint8_t>& rgba) { return TakeReadBack(CopyInto(rgba)); }
+  bool FlushReadBack(std::vector<std::uint8_t>& rgba) { return FlushReadBack(CopyInto(rgba)); }
 
   // What the device runs on, for logs and figures ("llvmpipe ...", "NVIDIA H100 ...").
   virtual std::string Renderer() const = 0;
+
+ private:
+  FrameSink CopyInto(std::vector<std::uint8_t>& rgba) const;
 };
 
 // A device without any window, rendering into an offscreen back buffer of the given size: EGL
