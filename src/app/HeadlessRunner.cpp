@@ -1,5 +1,6 @@
 #include "app/HeadlessRunner.h"
 
+#include <QGuiApplication>
 #include <QImage>
 #include <QString>
 
@@ -21,6 +22,7 @@
 #include "core/clsText.h"
 #include "core/Color.h"
 #include "core/frmMain.h"
+#include "render/GlyphAtlas.h"
 #include "render/RenderDevice.h"
 #include "persistence/ShowFile.h"
 
@@ -107,6 +109,25 @@ struct HeadlessSession::State {
   std::string out;
   std::int64_t framesOut = 0;
   std::string outError;
+  GlyphAtlas atlas;
+  std::vector<GlyphAtlas::Quad> quads;
+  // The texts of a frame into the back buffer: box from pane units to pixels, size from points.
+  void DrawText(const TextFrame& frame) {
+    if (!device || frame.Font == nullptr) return;
+    const float sx = static_cast<float>(device->BackBufferWidth()) / static_cast<float>(main.PreviewWidth);
+    const float sy = static_cast<float>(device->BackBufferHeight()) / static_cast<float>(main.PreviewHeight);
+    const float pixelSize = std::max(1.0f, frame.Font->Size) * (96.0f / 72.0f) *
+                            (static_cast<float>(device->BackBufferHeight()) / 720.0f);
+    const GlyphAtlas::Align align = frame.AlignX == "Left Justify"    ? GlyphAtlas::Align::Left
+                                    : frame.AlignX == "Right Justify" ? GlyphAtlas::Align::Right
+                                                                      : GlyphAtlas::Align::Center;
+    quads.clear();
+    atlas.Layout(frame.Text, *frame.Font, pixelSize, frame.Left * sx, frame.Top * sy, (frame.Right - frame.Left) * sx,
+                 align, quads);
+    device->DrawTextQuads(atlas.Image().constBits(), GlyphAtlas::kSize, atlas.Dirty(),
+                          reinterpret_cast<const float*>(quads.data()), quads.size(), ToDeviceColor(frame.Color));
+    atlas.Uploaded();
+  }
   // Takes a finished frame where the device holds it; "-" lets it go, like a null output.
   RenderDevice::FrameSink Sink() {
     return [this](const std::uint8_t* top, std::ptrdiff_t stride) {
@@ -136,6 +157,7 @@ HeadlessSession::HeadlessSession(const AppOptions& options, std::ostream& err)
     }
     const TextFrameInput input = s.main.FrameInput();
     s.textPass.Run(s.text, input, [&s](std::int32_t index, std::int32_t copy, const TextFrame& frame) {
+      s.DrawText(frame);
       if (s.textLog == nullptr) return;
       std::string& l = s.line;
       l.clear();
@@ -169,6 +191,15 @@ HeadlessSession::HeadlessSession(const AppOptions& options, std::ostream& err)
 HeadlessSession::~HeadlessSession() = default;
 
 bool HeadlessSession::OpenOutput(const std::string& out, int width, int height, std::string& error) {
+  // Text layout needs Qt's font database, which lives in a GUI application: one without a screen.
+  if (QCoreApplication::instance() == nullptr) {
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    static int argc = 1;
+    static char name[] = "lumivane";
+    static char* argv[] = {name, nullptr};
+    static QGuiApplication* app = new QGuiApplication(argc, argv);  // lives as long as the process
+    (void)app;
+  }
   state_->device = CreateHeadlessDevice(width, height, error);
   if (!state_->device) {
     error = "Error initializing OpenGL. " + error;

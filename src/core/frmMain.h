@@ -106,6 +106,9 @@ class frmMain {
   // The back buffer the frame is drawn into: the output size, or the headless --size.
   int BackBufferWidth = 1280;
   int BackBufferHeight = 720;
+  // The inner size of the preview pane the text boxes are placed on.
+  int PreviewWidth = 480;
+  int PreviewHeight = 270;
 
   // ---- Playback ------------------------------------------------------------------------------
   const PlaybackControls& Playback() const noexcept { return p_; }

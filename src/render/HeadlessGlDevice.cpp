@@ -35,8 +35,11 @@ class HeadlessGlDevice final : public RenderDevice {
   bool TakeReadBack(const FrameSink& sink) override;
   bool FlushReadBack(const FrameSink& sink) override;
   std::string Renderer() const override { return renderer_; }
+  void DrawTextQuads(const std::uint8_t* atlas, int atlasSize, bool atlasChanged, const float* quads,
+                     std::size_t quadCount, std::uint32_t color) override;
 
  private:
+  bool MakeTextProgram();
   bool MakeContext(EGLDisplay display, std::string& error);
   bool Deliver(int buffer, const FrameSink& sink);
 
@@ -51,7 +54,44 @@ class HeadlessGlDevice final : public RenderDevice {
   bool queued_[kReadBuffers] = {false, false};
   int next_ = 0;  // the buffer the next frame is read into
   std::string renderer_;
+  // Text drawing: program, vertex state, atlas texture, and the vertices rebuilt each draw.
+  GLuint textProgram_ = 0, textVao_ = 0, textVbo_ = 0, atlasTexture_ = 0;
+  GLint viewportUniform_ = -1, colorUniform_ = -1;
+  int atlasSize_ = 0;
+  std::vector<float> vertices_;
 };
+
+constexpr const char* kTextVertex = R"(#version 330 core
+layout(location = 0) in vec2 position;
+layout(location = 1) in vec2 texel;
+uniform vec2 viewport;
+out vec2 atlasTexel;
+void main() {
+  atlasTexel = texel;
+  gl_Position = vec4(position.x / viewport.x * 2.0 - 1.0, 1.0 - position.y / viewport.y * 2.0, 0.0, 1.0);
+}
+)";
+
+constexpr const char* kTextFragment = R"(#version 330 core
+uniform sampler2D atlas;
+uniform vec4 color;
+in vec2 atlasTexel;
+out vec4 fragment;
+void main() { fragment = vec4(color.rgb, color.a * texture(atlas, atlasTexel).r); }
+)";
+
+GLuint Compile(GLenum kind, const char* source) {
+  const GLuint shader = glCreateShader(kind);
+  glShaderSource(shader, 1, &source, nullptr);
+  glCompileShader(shader);
+  GLint ok = GL_FALSE;
+  glGetShaderiv(shader, GL_COMPILE_STATUS, &ok);
+  if (ok != GL_TRUE) {
+    glDeleteShader(shader);
+    return 0;
+  }
+  return shader;
+}
 
 bool HeadlessGlDevice::MakeContext(EGLDisplay display, std::string& error) {
   EGLint major = 0, minor = 0;
@@ -126,8 +166,76 @@ bool HeadlessGlDevice::Initialize(std::string& error) {
   return true;
 }
 
+bool HeadlessGlDevice::MakeTextProgram() {
+  const GLuint vs = Compile(GL_VERTEX_SHADER, kTextVertex);
+  const GLuint fs = Compile(GL_FRAGMENT_SHADER, kTextFragment);
+  if (vs == 0 || fs == 0) return false;
+  textProgram_ = glCreateProgram();
+  glAttachShader(textProgram_, vs);
+  glAttachShader(textProgram_, fs);
+  glLinkProgram(textProgram_);
+  glDeleteShader(vs);
+  glDeleteShader(fs);
+  GLint linked = GL_FALSE;
+  glGetProgramiv(textProgram_, GL_LINK_STATUS, &linked);
+  if (linked != GL_TRUE) return false;
+  viewportUniform_ = glGetUniformLocation(textProgram_, "viewport");
+  colorUniform_ = glGetUniformLocation(textProgram_, "color");
+  glGenVertexArrays(1, &textVao_);
+  glBindVertexArray(textVao_);
+  glGenBuffers(1, &textVbo_);
+  glBindBuffer(GL_ARRAY_BUFFER, textVbo_);
+  glEnableVertexAttribArray(0);
+  glVertexAttribPointer(0, 2, GL_FLOAT, GL_FALSE, 4 * sizeof(float), nullptr);
+  glEnableVertexAttribArray(1);
+  glVertexAttribPointer(1, 2, GL_FLOAT, GL_FALSE, 4 * sizeof(float), reinterpret_cast<const void*>(2 * sizeof(float)));
+  glGenTextures(1, &atlasTexture_);
+  return true;
+}
+
+void HeadlessGlDevice::DrawTextQuads(const std::uint8_t* atlas, int atlasSize, bool atlasChanged, const float* quads,
+                                     std::size_t quadCount, std::uint32_t color) {
+  if (quadCount == 0) return;
+  if (textProgram_ == 0 && !MakeTextProgram()) return;  // no text without its program; the frame goes on
+  glBindTexture(GL_TEXTURE_2D, atlasTexture_);
+  if (atlasChanged || atlasSize != atlasSize_) {
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_R8, atlasSize, atlasSize, 0, GL_RED, GL_UNSIGNED_BYTE, atlas);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+    atlasSize_ = atlasSize;
+  }
+  vertices_.clear();
+  for (std::size_t q = 0; q < quadCount; ++q) {
+    const float* v = quads + q * 8;
+    const float corners[6][4] = {{v[0], v[1], v[4], v[5]}, {v[2], v[1], v[6], v[5]}, {v[2], v[3], v[6], v[7]},
+                                 {v[0], v[1], v[4], v[5]}, {v[2], v[3], v[6], v[7]}, {v[0], v[3], v[4], v[7]}};
+    for (const auto& c : corners) vertices_.insert(vertices_.end(), c, c + 4);
+  }
+  glUseProgram(textProgram_);
+  glUniform2f(viewportUniform_, static_cast<float>(width_), static_cast<float>(height_));
+  glUniform4f(colorUniform_, static_cast<float>((color >> 16) & 0xFF) / 255.0f,
+              static_cast<float>((color >> 8) & 0xFF) / 255.0f, static_cast<float>(color & 0xFF) / 255.0f,
+              static_cast<float>((color >> 24) & 0xFF) / 255.0f);
+  glBindVertexArray(textVao_);
+  glBindBuffer(GL_ARRAY_BUFFER, textVbo_);
+  glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(vertices_.size() * sizeof(float)), vertices_.data(),
+               GL_STREAM_DRAW);
+  glEnable(GL_BLEND);
+  // The back buffer's alpha stays 1, as on an X8R8G8B8 buffer.
+  glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ZERO, GL_ONE);
+  glDrawArrays(GL_TRIANGLES, 0, static_cast<GLsizei>(vertices_.size() / 4));
+  glDisable(GL_BLEND);
+}
+
 HeadlessGlDevice::~HeadlessGlDevice() {
   if (context_ != EGL_NO_CONTEXT) {
+    if (textProgram_ != 0) {
+      glDeleteProgram(textProgram_);
+      glDeleteVertexArrays(1, &textVao_);
+      glDeleteBuffers(1, &textVbo_);
+      glDeleteTextures(1, &atlasTexture_);
+    }
     glDeleteBuffers(kReadBuffers, pixelBuffers_);
     glDeleteRenderbuffers(1, &depth_);
     glDeleteRenderbuffers(1, &color_);

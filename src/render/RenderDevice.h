@@ -23,6 +23,12 @@ class RenderDevice {
   virtual void Clear(std::uint32_t color) = 0;
   virtual void EndScene() = 0;
 
+  // Draws coverage-masked quads in one colour, alpha-blended: text from a glyph atlas.
+  // `atlas` is a square of `atlasSize` coverage bytes, uploaded when `atlasChanged`; each quad is
+  // eight floats: x0, y0, x1, y1 in back buffer pixels (top left origin), then u0, v0, u1, v1.
+  virtual void DrawTextQuads(const std::uint8_t* atlas, int atlasSize, bool atlasChanged, const float* quads,
+                             std::size_t quadCount, std::uint32_t color) = 0;
+
   // Read back, overlapped with the next frame: QueueReadBack starts copying the finished frame out
   // of the device, and TakeReadBack delivers the frame queued before it (RGBA, top row first).
   // FlushReadBack delivers the last queued frame at the end of a run.

@@ -121,6 +121,36 @@ TEST_F(HeadlessRunnerTest, OutWritesEveryFrameAsAPngInTheShowsBackgroundColour) 
   EXPECT_EQ(Run({"--headless", showPath, "--frames", "3", "--out", "-"}), 0) << err.str();  // read back, kept nowhere
 }
 
+// Text lands inside its box in its colour, and nowhere else.
+TEST_F(HeadlessRunnerTest, TextIsDrawnInItsColourInsideItsBoxOnly) {
+  std::ofstream(showPath) << "<File><Text><TextCount>1</TextCount><1Text><Color>65280</Color>"  // green
+                             "<AlignX>Centered</AlignX><TextType>CustomInput</TextType><FONT_SIZE_ZERO>40</FONT_SIZE_ZERO>"
+                             "<Particle><Count>1</Count></Particle>"
+                             "<Position><Top>100</Top><Bottom>160</Bottom><Left>120</Left><Right>360</Right></Position>"
+                             "<Dictionary><Counter><Value>1</Value><Direction>Hold</Direction></Counter></Dictionary>"
+                             "<Words><WordCount>1</WordCount><1Word>MWM</1Word></Words>"
+                             "<Font><FontName>DejaVu Sans</FontName><FontBold>1</FontBold></Font></1Text></Text></File>";
+  const std::string pattern = ::testing::TempDir() + "lumivane_text_%d.png";
+  ASSERT_EQ(Run({"--headless", showPath, "--frames", "1", "--size", "480x270", "--out", pattern}), 0) << err.str();
+  char name[512];
+  std::snprintf(name, sizeof name, pattern.c_str(), 0);
+  const QImage frame = QImage(QString::fromUtf8(name)).convertToFormat(QImage::Format_RGB32);
+  std::remove(name);
+  ASSERT_EQ(frame.size(), QSize(480, 270));  // the pane is 480x270 too: boxes land 1:1
+  int inside = 0, outside = 0;
+  for (int y = 0; y < frame.height(); ++y) {
+    for (int x = 0; x < frame.width(); ++x) {
+      const QColor c = frame.pixelColor(x, y);
+      if (c.green() < 128) continue;
+      EXPECT_LT(c.red(), 40);
+      EXPECT_LT(c.blue(), 40);
+      if (x >= 120 && x < 360 && y >= 100 && y < 160) ++inside; else ++outside;
+    }
+  }
+  EXPECT_GT(inside, 200);  // three bold capitals at about 53 pixels
+  EXPECT_EQ(outside, 0);
+}
+
 // A small show built in code, played through the runner's frame loop, checked by its text log.
 TEST(HeadlessTextLog, LogsEveryDrawnTextAndCopyFrameByFrame) {
   const auto parsed = ParseOptions({"--headless", "show.xml", "--fps", "10", "--seed", "5"});
