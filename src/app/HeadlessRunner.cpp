@@ -22,7 +22,7 @@
 #include "core/clsText.h"
 #include "core/Color.h"
 #include "core/frmMain.h"
-#include "render/GlyphAtlas.h"
+#include "render/TextRenderer.h"
 #include "render/RenderDevice.h"
 #include "persistence/ShowFile.h"
 
@@ -109,24 +109,9 @@ struct HeadlessSession::State {
   std::string out;
   std::int64_t framesOut = 0;
   std::string outError;
-  GlyphAtlas atlas;
-  std::vector<GlyphAtlas::Quad> quads;
-  // The texts of a frame into the back buffer: box from pane units to pixels, size from points.
+  TextRenderer textRenderer;
   void DrawText(const TextFrame& frame) {
-    if (!device || frame.Font == nullptr) return;
-    const float sx = static_cast<float>(device->BackBufferWidth()) / static_cast<float>(main.PreviewWidth);
-    const float sy = static_cast<float>(device->BackBufferHeight()) / static_cast<float>(main.PreviewHeight);
-    const float pixelSize = std::max(1.0f, frame.Font->Size) * (96.0f / 72.0f) *
-                            (static_cast<float>(device->BackBufferHeight()) / 720.0f);
-    const GlyphAtlas::Align align = frame.AlignX == "Left Justify"    ? GlyphAtlas::Align::Left
-                                    : frame.AlignX == "Right Justify" ? GlyphAtlas::Align::Right
-                                                                      : GlyphAtlas::Align::Center;
-    quads.clear();
-    atlas.Layout(frame.Text, *frame.Font, pixelSize, frame.Left * sx, frame.Top * sy, (frame.Right - frame.Left) * sx,
-                 align, quads);
-    device->DrawTextQuads(atlas.Image().constBits(), GlyphAtlas::kSize, atlas.Dirty(),
-                          reinterpret_cast<const float*>(quads.data()), quads.size(), ToDeviceColor(frame.Color));
-    atlas.Uploaded();
+    if (device) textRenderer.Draw(*device, frame, main.PreviewWidth, main.PreviewHeight);
   }
   // Takes a finished frame where the device holds it; "-" lets it go, like a null output.
   RenderDevice::FrameSink Sink() {

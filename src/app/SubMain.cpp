@@ -26,6 +26,8 @@
 #include "core/clsText.h"
 #include "core/frmMain.h"
 #include "persistence/ShowFile.h"
+#include "render/RenderDevice.h"
+#include "render/TextRenderer.h"
 #include "lumivane/Version.h"
 #include "shell/FileMenu.h"
 #include "shell/FocusTracker.h"
@@ -118,7 +120,13 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
   form.ScreenshotFolder = applicationFolder + "/Screenshots";
   // The texts step in every frame; their markers in the pane show what they say.
   TextPass textPass;
-  form.RenderFrame = [&] { textPass.Run(text, form.FrameInput(), nullptr); };
+  TextRenderer textRenderer;
+  form.RenderFrame = [&] {
+    RenderDevice* device = form.OutputDevice();
+    textPass.Run(text, form.FrameInput(), [&](std::int32_t, std::int32_t, const TextFrame& frame) {
+      if (device != nullptr) textRenderer.Draw(*device, frame, form.PreviewWidth, form.PreviewHeight);
+    });
+  };
   // A random face for texts that change face at each update, from the fonts installed.
   const QStringList families = QFontDatabase::families();
   text.RandomFontName = [&families, &random]() -> std::string {

@@ -5,6 +5,8 @@
 
 namespace lumivane {
 
+class RenderDevice;
+
 // The output window (frmDisplay) as the engine drives it. The windowed program implements it with
 // a Qt window and an OpenGL context; tests with a fake.
 class OutputWindow {
@@ -18,8 +20,12 @@ class OutputWindow {
   // Makes the render device; false, with the reason, when none can be made.
   virtual bool InitializeDevice(std::string& reason) = 0;
   virtual void DestroyDevice() = 0;
-  // One frame. Until frame composition exists it clears to the background colour and presents.
-  virtual void RenderFrame(std::int32_t backgroundColor) = 0;
+  // A frame: begins on the back buffer cleared to the background colour; the passes draw through
+  // Device(); EndFrame presents it.
+  virtual void BeginFrame(std::int32_t backgroundColor) = 0;
+  virtual void EndFrame() = 0;
+  // The device the passes draw through; none before InitializeDevice succeeded.
+  virtual RenderDevice* Device() = 0;
   // Writes the next finished frame to `path` as PNG, without holding up the frame loop.
   virtual void SaveFrame(const std::string& path) = 0;
   virtual void SetFullScreen(bool on) = 0;

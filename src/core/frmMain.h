@@ -19,6 +19,7 @@ namespace lumivane {
 
 class clsText;
 class MsgBox;
+class RenderDevice;
 
 // The main window as the engine sees it: its controls in the control model, the editor's copy of
 // the selected text (TextSelected) and the procedures that keep that copy, the controls and the
@@ -101,6 +102,8 @@ class frmMain {
   // output window's timer and by the headless runner alike.
   void Render();
   std::function<void()> RenderFrame;
+  // The output's device while playback runs, for the passes of the frame; nullptr otherwise.
+  RenderDevice* OutputDevice();
   // What every text's step reads from the controls in this frame.
   TextFrameInput FrameInput() const;
   // The back buffer the frame is drawn into: the output size, or the headless --size.

@@ -179,9 +179,13 @@ void frmMain::TimerRender() {
 }
 
 void frmMain::Render() {
+  OutputWindow* output = deviceReady_ ? output_.get() : nullptr;
+  if (output != nullptr) output->BeginFrame(model_.BackColor(BackgroundColor));
   if (RenderFrame) RenderFrame();
-  if (deviceReady_ && output_) output_->RenderFrame(model_.BackColor(BackgroundColor));
+  if (output != nullptr && output_.get() == output) output->EndFrame();  // a stop inside the frame took it away
 }
+
+RenderDevice* frmMain::OutputDevice() { return deviceReady_ && output_ ? output_->Device() : nullptr; }
 
 TextFrameInput frmMain::FrameInput() const {
   TextFrameInput input;

@@ -43,6 +43,10 @@ class RenderDevice {
   bool TakeReadBack(std::vector<std::uint8_t>& rgba) { return TakeReadBack(CopyInto(rgba)); }
   bool FlushReadBack(std::vector<std::uint8_t>& rgba) { return FlushReadBack(CopyInto(rgba)); }
 
+  // Shows the back buffer on a window's framebuffer, stretched to its size (a headless device has
+  // none and does nothing).
+  virtual void Present(int targetWidth, int targetHeight, std::uint32_t targetFramebuffer) = 0;
+
   // What the device runs on, for logs and figures ("llvmpipe ...", "NVIDIA H100 ...").
   virtual std::string Renderer() const = 0;
 
@@ -54,5 +58,8 @@ class RenderDevice {
 // without a surface (Mesa's surfaceless platform first, then the EGL device platform that NVIDIA
 // drivers offer). Answers nullptr with the reason when none can be made.
 std::unique_ptr<RenderDevice> CreateHeadlessDevice(int width, int height, std::string& error);
+// A device on the OpenGL context that is current now (a window's); the context must stay current
+// whenever the device is used, and when it is destroyed.
+std::unique_ptr<RenderDevice> CreateDeviceOnCurrentContext(int width, int height, std::string& error);
 
 }  // namespace lumivane

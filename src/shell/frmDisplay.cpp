@@ -114,32 +114,56 @@ void frmDisplay::PaintCountdown(int number) {
   context_->swapBuffers(this);
 }
 
-void frmDisplay::Present(std::int32_t backgroundColor) {
-  if (!MakeCurrent()) return;
+bool frmDisplay::MakeDevice(int width, int height, std::string& reason) {
+  if (!MakeContext(reason)) return false;
+  if (!context_->makeCurrent(this)) {
+    reason = "The OpenGL context of the output window cannot be made current.";
+    return false;
+  }
+  device_ = CreateDeviceOnCurrentContext(width, height, reason);
+  return device_ != nullptr;
+}
+
+void frmDisplay::BeginFrame(std::int32_t backgroundColor) {
+  if (!device_ || !MakeCurrent()) return;
+  device_->BeginScene();
   const auto c = static_cast<std::uint32_t>(backgroundColor);
-  QOpenGLFunctions* gl = context_->functions();
-  gl->glViewport(0, 0, width() * devicePixelRatio(), height() * devicePixelRatio());
-  gl->glClearColor(static_cast<float>(c & 0xFF) / 255.0f, static_cast<float>((c >> 8) & 0xFF) / 255.0f,
-                   static_cast<float>((c >> 16) & 0xFF) / 255.0f, 1.0f);
-  gl->glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+  device_->Clear(0xFF000000u | ((c & 0xFFu) << 16) | (c & 0xFF00u) | ((c >> 16) & 0xFFu));
+}
+
+void frmDisplay::EndFrame() {
+  if (!device_ || !MakeCurrent()) return;
+  device_->EndScene();
   if (!grabPath_.isEmpty()) {
-    const int w = width() * devicePixelRatio(), h = height() * devicePixelRatio();
-    QImage frame(w, h, QImage::Format_RGBA8888);
-    gl->glReadPixels(0, 0, w, h, GL_RGBA, GL_UNSIGNED_BYTE, frame.bits());
-    // Encoding a PNG takes longer than a frame: do it beside the loop, and write the file whole
-    // or not at all.
-    std::thread([image = frame.mirrored(), path = grabPath_] {
+    // Ctrl+S: this frame, read back now; encoding the PNG takes longer than a frame, so it is
+    // done beside the loop, and the file is written whole or not at all.
+    QImage frame;
+    device_->QueueReadBack();
+    device_->FlushReadBack([&](const std::uint8_t* top, std::ptrdiff_t stride) {
+      const int w = device_->BackBufferWidth(), h = device_->BackBufferHeight();
+      const std::uint8_t* first = stride < 0 ? top + (h - 1) * stride : top;
+      frame = QImage(first, w, h, static_cast<qsizetype>(stride < 0 ? -stride : stride), QImage::Format_RGBA8888)
+                  .mirrored(false, stride < 0);
+    });
+    std::thread([image = std::move(frame), path = grabPath_] {
       QDir().mkpath(QFileInfo(path).path());
       QSaveFile file(path);
-      if (file.open(QIODevice::WriteOnly) && image.save(&file, "PNG")) file.commit();
+      if (!image.isNull() && file.open(QIODevice::WriteOnly) && image.save(&file, "PNG")) file.commit();
     }).detach();
     grabPath_.clear();
   }
+  device_->Present(static_cast<int>(width() * devicePixelRatio()), static_cast<int>(height() * devicePixelRatio()),
+                   context_->defaultFramebufferObject());
   context_->swapBuffers(this);
 }
 
 void frmDisplay::DestroyContext() {
-  if (context_ && context_->makeCurrent(this)) context_->doneCurrent();
+  // The device's objects belong to the context: free them while it is current.
+  if (context_ && context_->makeCurrent(this)) {
+    device_.reset();
+    context_->doneCurrent();
+  }
+  device_.reset();
   context_.reset();
 }
 
@@ -194,6 +218,7 @@ void DisplayOutput::Open(int monitorIndex, int width, int height) {
   }
   window_->resize(width, height);
   windowed_ = QRect(window_->position(), QSize(width, height));
+  backBuffer_ = QSize(width, height);
   window_->show();
 }
 
@@ -206,16 +231,22 @@ bool DisplayOutput::InitializeDevice(std::string& reason) {
     reason = "The output window is gone.";
     return false;
   }
-  return window_->MakeContext(reason);
+  return window_->MakeDevice(backBuffer_.width(), backBuffer_.height(), reason);
 }
 
 void DisplayOutput::DestroyDevice() {
   if (window_) window_->DestroyContext();
 }
 
-void DisplayOutput::RenderFrame(std::int32_t backgroundColor) {
-  if (window_) window_->Present(backgroundColor);
+void DisplayOutput::BeginFrame(std::int32_t backgroundColor) {
+  if (window_) window_->BeginFrame(backgroundColor);
 }
+
+void DisplayOutput::EndFrame() {
+  if (window_) window_->EndFrame();
+}
+
+RenderDevice* DisplayOutput::Device() { return window_ ? window_->Device() : nullptr; }
 
 void DisplayOutput::SaveFrame(const std::string& path) {
   if (window_) window_->GrabNextFrame(QString::fromStdString(path));

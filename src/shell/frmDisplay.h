@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "core/OutputWindow.h"
+#include "render/RenderDevice.h"
 
 class QOpenGLContext;
 
@@ -22,8 +23,12 @@ class frmDisplay final : public QWindow {
   ~frmDisplay() override;
 
   bool MakeContext(std::string& reason);
+  // The render device on the window's context, with a back buffer of the output size.
+  bool MakeDevice(int width, int height, std::string& reason);
+  RenderDevice* Device() { return device_.get(); }
   void PaintCountdown(int number);
-  void Present(std::int32_t backgroundColor);
+  void BeginFrame(std::int32_t backgroundColor);
+  void EndFrame();
   void DestroyContext();
   // The next presented frame is read back and written to `path` as PNG on a worker thread.
   void GrabNextFrame(const QString& path) { grabPath_ = path; }
@@ -42,6 +47,7 @@ class frmDisplay final : public QWindow {
  private:
   bool MakeCurrent();
   std::unique_ptr<QOpenGLContext> context_;
+  std::unique_ptr<RenderDevice> device_;
   QTimer timer_;
   QString grabPath_;
 };
@@ -56,7 +62,9 @@ class DisplayOutput final : public OutputWindow {
   void PaintCountdown(int number) override;
   bool InitializeDevice(std::string& reason) override;
   void DestroyDevice() override;
-  void RenderFrame(std::int32_t backgroundColor) override;
+  void BeginFrame(std::int32_t backgroundColor) override;
+  void EndFrame() override;
+  RenderDevice* Device() override;
   void SaveFrame(const std::string& path) override;
   void SetFullScreen(bool on) override;
   void SetAlwaysOnTop(bool on) override;
@@ -66,6 +74,7 @@ class DisplayOutput final : public OutputWindow {
  private:
   QPointer<frmDisplay> window_;
   QRect windowed_;
+  QSize backBuffer_;
 };
 
 }  // namespace lumivane

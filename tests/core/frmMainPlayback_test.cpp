@@ -22,7 +22,9 @@ struct FakeOutput final : OutputWindow {
     return deviceWorks;
   }
   void DestroyDevice() override { log.push_back("destroy"); }
-  void RenderFrame(std::int32_t colour) override { log.push_back("frame " + std::to_string(colour)); }
+  void BeginFrame(std::int32_t colour) override { log.push_back("frame " + std::to_string(colour)); }
+  void EndFrame() override { log.push_back("present"); }
+  RenderDevice* Device() override { return nullptr; }
   void SaveFrame(const std::string& path) override { log.push_back("save " + path); }
   void SetFullScreen(bool on) override { log.push_back(on ? "fullscreen on" : "fullscreen off"); }
   void SetAlwaysOnTop(bool on) override { log.push_back(on ? "ontop on" : "ontop off"); }
@@ -68,7 +70,8 @@ TEST_F(PlaybackTest, StartCountsDownMakesTheDeviceAndStopUndoesItInOrder) {
   EXPECT_FALSE(ControlModel::Enabled(p.cboResolution));
 
   form.TimerRender();
-  EXPECT_EQ(log.back(), "frame " + std::to_string(0x00102030));
+  EXPECT_EQ(log.back(), "present");
+  EXPECT_EQ(log[log.size() - 2], "frame " + std::to_string(0x00102030));
 
   log.clear();
   model.Press(p.CmdStop, Origin::Widget);

@@ -1,4 +1,4 @@
-// The OpenGL 3.3 core device on an EGL context without a surface.
+// The OpenGL 3.3 core device: on an EGL context without a surface (headless), or on a window's.
 #include <epoxy/egl.h>
 #include <epoxy/gl.h>
 
@@ -13,17 +13,26 @@ namespace {
 // Two pixel buffers: while one is read, the other receives the next frame.
 constexpr int kReadBuffers = 2;
 
-class HeadlessGlDevice final : public RenderDevice {
+class GlDevice final : public RenderDevice {
  public:
-  HeadlessGlDevice(int width, int height) : width_(width), height_(height) {}
-  ~HeadlessGlDevice() override;
+  GlDevice(int width, int height) : width_(width), height_(height) {}
+  ~GlDevice() override;
 
-  bool Initialize(std::string& error);
+  // Makes an EGL context without a surface and the device on it.
+  bool InitializeHeadless(std::string& error);
+  // Makes the device on the context current now (a window's).
+  bool InitializeGl(std::string& error);
+  void Present(int targetWidth, int targetHeight, std::uint32_t targetFramebuffer) override;
   int BackBufferWidth() const noexcept override { return width_; }
   int BackBufferHeight() const noexcept override { return height_; }
   void BeginScene() override {
     glBindFramebuffer(GL_FRAMEBUFFER, framebuffer_);
     glViewport(0, 0, width_, height_);
+    // A context shared with a painter (the countdown) may have left these set.
+    glDisable(GL_SCISSOR_TEST);
+    glDisable(GL_STENCIL_TEST);
+    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+    glDepthMask(GL_TRUE);
   }
   void Clear(std::uint32_t color) override {
     glClearColor(static_cast<float>((color >> 16) & 0xFF) / 255.0f, static_cast<float>((color >> 8) & 0xFF) / 255.0f,
@@ -93,7 +102,7 @@ GLuint Compile(GLenum kind, const char* source) {
   return shader;
 }
 
-bool HeadlessGlDevice::MakeContext(EGLDisplay display, std::string& error) {
+bool GlDevice::MakeContext(EGLDisplay display, std::string& error) {
   EGLint major = 0, minor = 0;
   if (display == EGL_NO_DISPLAY || !eglInitialize(display, &major, &minor)) {
     error = "EGL could not be initialised";
@@ -124,7 +133,7 @@ bool HeadlessGlDevice::MakeContext(EGLDisplay display, std::string& error) {
   return true;
 }
 
-bool HeadlessGlDevice::Initialize(std::string& error) {
+bool GlDevice::InitializeHeadless(std::string& error) {
   std::string why = "no EGL platform without a display was found";
   bool made = false;
   if (epoxy_has_egl_extension(EGL_NO_DISPLAY, "EGL_MESA_platform_surfaceless"))
@@ -139,6 +148,15 @@ bool HeadlessGlDevice::Initialize(std::string& error) {
   }
   if (!made) {
     error = why;
+    return false;
+  }
+  return InitializeGl(error);
+}
+
+bool GlDevice::InitializeGl(std::string& error) {
+  if (epoxy_gl_version() < 33) {
+    error = "OpenGL 3.3 is needed; the driver offers " + std::to_string(epoxy_gl_version() / 10) + "." +
+            std::to_string(epoxy_gl_version() % 10);
     return false;
   }
   renderer_ = reinterpret_cast<const char*>(glGetString(GL_RENDERER));
@@ -166,7 +184,7 @@ bool HeadlessGlDevice::Initialize(std::string& error) {
   return true;
 }
 
-bool HeadlessGlDevice::MakeTextProgram() {
+bool GlDevice::MakeTextProgram() {
   const GLuint vs = Compile(GL_VERTEX_SHADER, kTextVertex);
   const GLuint fs = Compile(GL_FRAGMENT_SHADER, kTextFragment);
   if (vs == 0 || fs == 0) return false;
@@ -193,7 +211,7 @@ bool HeadlessGlDevice::MakeTextProgram() {
   return true;
 }
 
-void HeadlessGlDevice::DrawTextQuads(const std::uint8_t* atlas, int atlasSize, bool atlasChanged, const float* quads,
+void GlDevice::DrawTextQuads(const std::uint8_t* atlas, int atlasSize, bool atlasChanged, const float* quads,
                                      std::size_t quadCount, std::uint32_t color) {
   if (quadCount == 0) return;
   if (textProgram_ == 0 && !MakeTextProgram()) return;  // no text without its program; the frame goes on
@@ -228,8 +246,16 @@ void HeadlessGlDevice::DrawTextQuads(const std::uint8_t* atlas, int atlasSize, b
   glDisable(GL_BLEND);
 }
 
-HeadlessGlDevice::~HeadlessGlDevice() {
-  if (context_ != EGL_NO_CONTEXT) {
+void GlDevice::Present(int targetWidth, int targetHeight, std::uint32_t targetFramebuffer) {
+  // The back buffer stretched onto the window: one blit.
+  glBindFramebuffer(GL_READ_FRAMEBUFFER, framebuffer_);
+  glBindFramebuffer(GL_DRAW_FRAMEBUFFER, targetFramebuffer);
+  glBlitFramebuffer(0, 0, width_, height_, 0, 0, targetWidth, targetHeight, GL_COLOR_BUFFER_BIT, GL_LINEAR);
+  glBindFramebuffer(GL_FRAMEBUFFER, framebuffer_);
+}
+
+GlDevice::~GlDevice() {
+  if (framebuffer_ != 0) {
     if (textProgram_ != 0) {
       glDeleteProgram(textProgram_);
       glDeleteVertexArrays(1, &textVao_);
@@ -240,13 +266,15 @@ HeadlessGlDevice::~HeadlessGlDevice() {
     glDeleteRenderbuffers(1, &depth_);
     glDeleteRenderbuffers(1, &color_);
     glDeleteFramebuffers(1, &framebuffer_);
+  }
+  if (context_ != EGL_NO_CONTEXT) {
     eglMakeCurrent(display_, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
     eglDestroyContext(display_, context_);
   }
   if (display_ != EGL_NO_DISPLAY) eglTerminate(display_);
 }
 
-void HeadlessGlDevice::QueueReadBack() {
+void GlDevice::QueueReadBack() {
   glBindFramebuffer(GL_READ_FRAMEBUFFER, framebuffer_);
   glReadBuffer(GL_COLOR_ATTACHMENT0);
   glBindBuffer(GL_PIXEL_PACK_BUFFER, pixelBuffers_[next_]);
@@ -257,7 +285,7 @@ void HeadlessGlDevice::QueueReadBack() {
   next_ = (next_ + 1) % kReadBuffers;
 }
 
-bool HeadlessGlDevice::Deliver(int buffer, const FrameSink& sink) {
+bool GlDevice::Deliver(int buffer, const FrameSink& sink) {
   if (!queued_[buffer]) return false;
   queued_[buffer] = false;
   const auto row = static_cast<std::ptrdiff_t>(width_) * 4;
@@ -274,12 +302,12 @@ bool HeadlessGlDevice::Deliver(int buffer, const FrameSink& sink) {
   return pixels != nullptr;
 }
 
-bool HeadlessGlDevice::TakeReadBack(const FrameSink& sink) {
+bool GlDevice::TakeReadBack(const FrameSink& sink) {
   // The buffer that will be written next holds the frame queued before the last one.
   return Deliver(next_, sink);
 }
 
-bool HeadlessGlDevice::FlushReadBack(const FrameSink& sink) {
+bool GlDevice::FlushReadBack(const FrameSink& sink) {
   return Deliver((next_ + kReadBuffers - 1) % kReadBuffers, sink);
 }
 
@@ -294,8 +322,14 @@ RenderDevice::FrameSink RenderDevice::CopyInto(std::vector<std::uint8_t>& rgba) 
 }
 
 std::unique_ptr<RenderDevice> CreateHeadlessDevice(int width, int height, std::string& error) {
-  auto device = std::make_unique<HeadlessGlDevice>(width, height);
-  if (!device->Initialize(error)) return nullptr;
+  auto device = std::make_unique<GlDevice>(width, height);
+  if (!device->InitializeHeadless(error)) return nullptr;
+  return device;
+}
+
+std::unique_ptr<RenderDevice> CreateDeviceOnCurrentContext(int width, int height, std::string& error) {
+  auto device = std::make_unique<GlDevice>(width, height);
+  if (!device->InitializeGl(error)) return nullptr;
   return device;
 }
 
