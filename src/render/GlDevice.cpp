@@ -46,6 +46,8 @@ class GlDevice final : public RenderDevice {
   std::string Renderer() const override { return renderer_; }
   void DrawTextQuads(const std::uint8_t* atlas, int atlasSize, bool atlasChanged, const float* quads,
                      std::size_t quadCount, std::uint32_t color) override;
+  void SetBlend(int sourceCode, int destinationCode) override;
+  void DrawQuads(const float* rects, std::size_t quadCount, std::uint32_t color) override;
 
  private:
   bool MakeTextProgram();
@@ -68,7 +70,35 @@ class GlDevice final : public RenderDevice {
   GLint viewportUniform_ = -1, colorUniform_ = -1;
   int atlasSize_ = 0;
   std::vector<float> vertices_;
+  GLuint solidProgram_ = 0;
+  GLint solidViewport_ = -1, solidColor_ = -1;
+  bool blending_ = false;
+  GLenum blendSource_ = GL_ONE, blendDestination_ = GL_ZERO;
 };
+
+constexpr const char* kSolidFragment = R"(#version 330 core
+uniform vec4 color;
+in vec2 atlasTexel;
+out vec4 fragment;
+void main() { fragment = color; }
+)";
+
+// The GL factor of a blend code.
+GLenum BlendFactor(int code) {
+  switch (code) {
+    case 1: return GL_ZERO;
+    case 3: return GL_SRC_COLOR;
+    case 4: return GL_ONE_MINUS_SRC_COLOR;
+    case 5: return GL_SRC_ALPHA;
+    case 6: return GL_ONE_MINUS_SRC_ALPHA;
+    case 7: return GL_DST_ALPHA;
+    case 8: return GL_ONE_MINUS_DST_ALPHA;
+    case 9: return GL_DST_COLOR;
+    case 10: return GL_ONE_MINUS_DST_COLOR;
+    case 11: return GL_SRC_ALPHA_SATURATE;
+    default: return GL_ONE;
+  }
+}
 
 constexpr const char* kTextVertex = R"(#version 330 core
 layout(location = 0) in vec2 position;
@@ -211,6 +241,61 @@ bool GlDevice::MakeTextProgram() {
   return true;
 }
 
+void GlDevice::SetBlend(int sourceCode, int destinationCode) {
+  blending_ = sourceCode != 0 && destinationCode != 0;
+  if (sourceCode == 12) {  // both from the source alpha
+    blendSource_ = GL_SRC_ALPHA;
+    blendDestination_ = GL_ONE_MINUS_SRC_ALPHA;
+  } else if (sourceCode == 13) {
+    blendSource_ = GL_ONE_MINUS_SRC_ALPHA;
+    blendDestination_ = GL_SRC_ALPHA;
+  } else {
+    blendSource_ = BlendFactor(sourceCode);
+    blendDestination_ = destinationCode == 11 ? GL_ONE : BlendFactor(destinationCode);  // saturate is source-only
+  }
+}
+
+void GlDevice::DrawQuads(const float* rects, std::size_t quadCount, std::uint32_t color) {
+  if (quadCount == 0) return;
+  if (textProgram_ == 0 && !MakeTextProgram()) return;
+  if (solidProgram_ == 0) {
+    const GLuint vs = Compile(GL_VERTEX_SHADER, kTextVertex);
+    const GLuint fs = Compile(GL_FRAGMENT_SHADER, kSolidFragment);
+    if (vs == 0 || fs == 0) return;
+    solidProgram_ = glCreateProgram();
+    glAttachShader(solidProgram_, vs);
+    glAttachShader(solidProgram_, fs);
+    glLinkProgram(solidProgram_);
+    glDeleteShader(vs);
+    glDeleteShader(fs);
+    solidViewport_ = glGetUniformLocation(solidProgram_, "viewport");
+    solidColor_ = glGetUniformLocation(solidProgram_, "color");
+  }
+  vertices_.clear();
+  for (std::size_t q = 0; q < quadCount; ++q) {
+    const float* r = rects + q * 4;
+    const float corners[6][4] = {{r[0], r[1], 0, 0}, {r[2], r[1], 0, 0}, {r[2], r[3], 0, 0},
+                                 {r[0], r[1], 0, 0}, {r[2], r[3], 0, 0}, {r[0], r[3], 0, 0}};
+    for (const auto& c : corners) vertices_.insert(vertices_.end(), c, c + 4);
+  }
+  glUseProgram(solidProgram_);
+  glUniform2f(solidViewport_, static_cast<float>(width_), static_cast<float>(height_));
+  glUniform4f(solidColor_, static_cast<float>((color >> 16) & 0xFF) / 255.0f,
+              static_cast<float>((color >> 8) & 0xFF) / 255.0f, static_cast<float>(color & 0xFF) / 255.0f,
+              static_cast<float>((color >> 24) & 0xFF) / 255.0f);
+  glBindVertexArray(textVao_);
+  glBindBuffer(GL_ARRAY_BUFFER, textVbo_);
+  glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(vertices_.size() * sizeof(float)), vertices_.data(),
+               GL_STREAM_DRAW);
+  if (blending_) {
+    glEnable(GL_BLEND);
+    // Colour by the codes; the back buffer's alpha stays 1, as on an X8R8G8B8 buffer.
+    glBlendFuncSeparate(blendSource_, blendDestination_, GL_ZERO, GL_ONE);
+  }
+  glDrawArrays(GL_TRIANGLES, 0, static_cast<GLsizei>(vertices_.size() / 4));
+  glDisable(GL_BLEND);
+}
+
 void GlDevice::DrawTextQuads(const std::uint8_t* atlas, int atlasSize, bool atlasChanged, const float* quads,
                                      std::size_t quadCount, std::uint32_t color) {
   if (quadCount == 0) return;
@@ -256,6 +341,7 @@ void GlDevice::Present(int targetWidth, int targetHeight, std::uint32_t targetFr
 
 GlDevice::~GlDevice() {
   if (framebuffer_ != 0) {
+    if (solidProgram_ != 0) glDeleteProgram(solidProgram_);
     if (textProgram_ != 0) {
       glDeleteProgram(textProgram_);
       glDeleteVertexArrays(1, &textVao_);

@@ -23,6 +23,15 @@ class RenderDevice {
   virtual void Clear(std::uint32_t color) = 0;
   virtual void EndScene() = 0;
 
+  // Blending as show files name it: 1 ZERO, 2 ONE, 3 SRC_COLOR, 4 INV_SRC_COLOR, 5 SRC_ALPHA,
+  // 6 INV_SRC_ALPHA, 7 DEST_ALPHA, 8 INV_DEST_ALPHA, 9 DEST_COLOR, 10 INV_DEST_COLOR,
+  // 11 SRC_ALPHA_SAT, 12 BOTH_SRC_ALPHA, 13 BOTH_INV_SRC_ALPHA (the last two set both factors from
+  // the source code). Code 0 in either turns blending off; other codes count as ONE.
+  virtual void SetBlend(int sourceCode, int destinationCode) = 0;
+  // Solid quads in one colour (0xAARRGGBB) under the current blending; each quad is x0, y0, x1, y1
+  // in back buffer pixels.
+  virtual void DrawQuads(const float* rects, std::size_t quadCount, std::uint32_t color) = 0;
+
   // Draws coverage-masked quads in one colour, alpha-blended: text from a glyph atlas.
   // `atlas` is a square of `atlasSize` coverage bytes, uploaded when `atlasChanged`; each quad is
   // eight floats: x0, y0, x1, y1 in back buffer pixels (top left origin), then u0, v0, u1, v1.
