@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QFontDatabase>
+#include <QImage>
 #include <QProcess>
 #include <QSettings>
 #include <QSocketNotifier>
@@ -199,6 +200,19 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
   splash.show();
   splash.SetStatus(QStringLiteral("Starting Lumivane"));
   MainWindow window(form);
+  form.RenderPreview = [&form, &window] {
+    RenderDevice* device = form.OutputDevice();
+    if (device == nullptr) return;
+    QImage frame;
+    device->QueueReadBack();
+    device->FlushReadBack([&](const std::uint8_t* top, std::ptrdiff_t stride) {
+      const int w = device->BackBufferWidth(), h = device->BackBufferHeight();
+      const std::uint8_t* first = stride < 0 ? top + (h - 1) * stride : top;
+      frame = QImage(first, w, h, static_cast<qsizetype>(stride < 0 ? -stride : stride), QImage::Format_RGBA8888)
+                  .mirrored(false, stride < 0);
+    });
+    window.ShowPreview(frame);
+  };
   FileMenu fileMenu(window, form, show, msgBox, QString::fromStdString(applicationFolder));
   // 3.
   splash.SetStatus(QStringLiteral("Generating User Interface..."));

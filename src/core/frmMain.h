@@ -153,7 +153,8 @@ class frmMain {
   ControlHandle BackgroundColor;
   // Loads the factory show after a reset; supplied by the application, which knows where it is.
   std::function<void()> LoadFactoryShow;
-  // The preview monitor, refreshed from the timer while its panel shows.
+  // The preview monitor, refreshed from the render timer while its panel shows, at the rate its
+  // options choose.
   std::function<void()> RenderPreview;
 
   // ---- List operations ---------------------------------------------------------------------
@@ -233,6 +234,7 @@ class frmMain {
   bool countingDown_ = false;
   bool deviceReady_ = false;
   int screenshotNumber_ = 0;
+  Tick lastPreview_ = 0;
   std::string caption_;
   RenderTimer timer_;
   ControlHandle chkLockTextUpdate_, chkOPerateOnAllTexts_;

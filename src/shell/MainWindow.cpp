@@ -7,7 +7,9 @@
 #include <QGroupBox>
 #include <QGuiApplication>
 #include <QHBoxLayout>
+#include <QImage>
 #include <QLabel>
+#include <QPixmap>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScreen>
@@ -66,7 +68,9 @@ MainWindow::MainWindow(frmMain& form, QWidget* parent) : QMainWindow(parent), fo
 
   // The output monitor; it shows the frame once the render device can read it back.
   auto* frame = new QGroupBox(central);
-  auto* monitor = new QWidget(frame);
+  auto* monitor = new QLabel(frame);
+  monitor_ = monitor;
+  monitor->setAlignment(Qt::AlignCenter);
   monitor->setMinimumSize(320, 180);
   monitor->setAutoFillBackground(true);
   QPalette black = monitor->palette();
@@ -98,6 +102,12 @@ void MainWindow::RefreshMonitors() {
   const int selected = std::max(0, ControlModel::ListIndex(monitors));
   model.SetItems(monitors, items);
   if (!items.empty()) model.SetListIndex(monitors, std::min(selected, static_cast<int>(items.size()) - 1));
+}
+
+void MainWindow::ShowPreview(const QImage& frame) {
+  if (monitor_ == nullptr || frame.isNull()) return;
+  monitor_->setPixmap(QPixmap::fromImage(
+      frame.scaled(monitor_->size(), Qt::KeepAspectRatio, Qt::SmoothTransformation)));
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

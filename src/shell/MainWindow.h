@@ -2,6 +2,9 @@
 
 #include <QMainWindow>
 
+class QLabel;
+class QImage;
+
 namespace lumivane {
 
 class frmMain;
@@ -14,12 +17,15 @@ class MainWindow final : public QMainWindow {
   explicit MainWindow(frmMain& form, QWidget* parent = nullptr);
   // Lists the screens in cboMonitors as "1: NAME (WxH)".
   void RefreshMonitors();
+  // Shows a frame of the output in the preview panel, scaled to fit.
+  void ShowPreview(const QImage& frame);
 
  protected:
   void closeEvent(QCloseEvent* event) override;
 
  private:
   frmMain& form_;
+  QLabel* monitor_ = nullptr;
 };
 
 }  // namespace lumivane

@@ -155,6 +155,24 @@ TEST_F(PlaybackTest, PauseSpinsTheTimerAndTheCaptionShowsTheRate) {
   EXPECT_EQ(form.Caption(), "Lumivane [FPS: 50.0]");
 }
 
+TEST_F(PlaybackTest, ThePreviewMonitorFollowsItsPanelAndRate) {
+  ASSERT_TRUE(form.StartRender());
+  int previews = 0;
+  form.RenderPreview = [&] { ++previews; };
+  form.RenderFrame = [&] { clock.Advance(20); };
+  for (int i = 0; i < 50; ++i) form.TimerRender();  // one second, panel hidden
+  EXPECT_EQ(previews, 0);
+  model.Press(p.cmdPreview, Origin::Widget);
+  for (int i = 0; i < 50; ++i) form.TimerRender();
+  EXPECT_GE(previews, 4);
+  EXPECT_LE(previews, 5);
+  previews = 0;
+  model.SetValue(p.optPreview8FPS, 1, Origin::Widget);
+  for (int i = 0; i < 50; ++i) form.TimerRender();
+  EXPECT_GE(previews, 8);
+  EXPECT_LE(previews, 9);
+}
+
 TEST_F(PlaybackTest, ResetAsksFirst) {
   AddText("a");
   msg.answers = {MsgBox::No};
