@@ -23,6 +23,7 @@
 #include "core/Color.h"
 #include "core/frmMain.h"
 #include "render/TextRenderer.h"
+#include "render/FrameImage.h"
 #include "render/RenderDevice.h"
 #include "persistence/ShowFile.h"
 
@@ -120,11 +121,7 @@ struct HeadlessSession::State {
       if (out == "-" || !outError.empty()) return;
       char name[4096];
       std::snprintf(name, sizeof name, out.c_str(), static_cast<int>(frame));
-      const int w = device->BackBufferWidth(), h = device->BackBufferHeight();
-      // Bottom-up rows come in as the last row first: the image is built upside down and turned.
-      const std::uint8_t* first = stride < 0 ? top + (h - 1) * stride : top;
-      QImage image(first, w, h, static_cast<qsizetype>(stride < 0 ? -stride : stride), QImage::Format_RGBA8888);
-      if (stride < 0) image = image.mirrored();
+      const QImage image = FrameToImage(top, stride, device->BackBufferWidth(), device->BackBufferHeight());
       if (!image.save(QString::fromUtf8(name), "PNG")) outError = std::string("cannot write the frame \"") + name + "\"";
     };
   }

@@ -27,6 +27,7 @@
 #include "core/clsText.h"
 #include "core/frmMain.h"
 #include "persistence/ShowFile.h"
+#include "render/FrameImage.h"
 #include "render/RenderDevice.h"
 #include "render/TextRenderer.h"
 #include "lumivane/Version.h"
@@ -201,17 +202,7 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
   splash.SetStatus(QStringLiteral("Starting Lumivane"));
   MainWindow window(form);
   form.RenderPreview = [&form, &window] {
-    RenderDevice* device = form.OutputDevice();
-    if (device == nullptr) return;
-    QImage frame;
-    device->QueueReadBack();
-    device->FlushReadBack([&](const std::uint8_t* top, std::ptrdiff_t stride) {
-      const int w = device->BackBufferWidth(), h = device->BackBufferHeight();
-      const std::uint8_t* first = stride < 0 ? top + (h - 1) * stride : top;
-      frame = QImage(first, w, h, static_cast<qsizetype>(stride < 0 ? -stride : stride), QImage::Format_RGBA8888)
-                  .mirrored(false, stride < 0);
-    });
-    window.ShowPreview(frame);
+    if (RenderDevice* device = form.OutputDevice()) window.ShowPreview(ReadFrameImage(*device));
   };
   FileMenu fileMenu(window, form, show, msgBox, QString::fromStdString(applicationFolder));
   // 3.

@@ -51,6 +51,10 @@ class GlDevice final : public RenderDevice {
 
  private:
   bool MakeTextProgram();
+  // Uploads vertices_ and draws them as triangles with `program`, whose uniforms are the
+  // viewport and the colour; `blend` with the given factors, colour only (alpha stays 1).
+  void DrawVertices(GLuint program, GLint viewportUniform, GLint colorUniform, std::uint32_t color, bool blend,
+                    GLenum source, GLenum destination);
   bool MakeContext(EGLDisplay display, std::string& error);
   bool Deliver(int buffer, const FrameSink& sink);
 
@@ -278,19 +282,24 @@ void GlDevice::DrawQuads(const float* rects, std::size_t quadCount, std::uint32_
                                  {r[0], r[1], 0, 0}, {r[2], r[3], 0, 0}, {r[0], r[3], 0, 0}};
     for (const auto& c : corners) vertices_.insert(vertices_.end(), c, c + 4);
   }
-  glUseProgram(solidProgram_);
-  glUniform2f(solidViewport_, static_cast<float>(width_), static_cast<float>(height_));
-  glUniform4f(solidColor_, static_cast<float>((color >> 16) & 0xFF) / 255.0f,
+  DrawVertices(solidProgram_, solidViewport_, solidColor_, color, blending_, blendSource_, blendDestination_);
+}
+
+void GlDevice::DrawVertices(GLuint program, GLint viewportUniform, GLint colorUniform, std::uint32_t color, bool blend,
+                            GLenum source, GLenum destination) {
+  glUseProgram(program);
+  glUniform2f(viewportUniform, static_cast<float>(width_), static_cast<float>(height_));
+  glUniform4f(colorUniform, static_cast<float>((color >> 16) & 0xFF) / 255.0f,
               static_cast<float>((color >> 8) & 0xFF) / 255.0f, static_cast<float>(color & 0xFF) / 255.0f,
               static_cast<float>((color >> 24) & 0xFF) / 255.0f);
   glBindVertexArray(textVao_);
   glBindBuffer(GL_ARRAY_BUFFER, textVbo_);
   glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(vertices_.size() * sizeof(float)), vertices_.data(),
                GL_STREAM_DRAW);
-  if (blending_) {
+  if (blend) {
     glEnable(GL_BLEND);
-    // Colour by the codes; the back buffer's alpha stays 1, as on an X8R8G8B8 buffer.
-    glBlendFuncSeparate(blendSource_, blendDestination_, GL_ZERO, GL_ONE);
+    // The back buffer's alpha stays 1, as on an X8R8G8B8 buffer.
+    glBlendFuncSeparate(source, destination, GL_ZERO, GL_ONE);
   }
   glDrawArrays(GL_TRIANGLES, 0, static_cast<GLsizei>(vertices_.size() / 4));
   glDisable(GL_BLEND);
@@ -315,20 +324,7 @@ void GlDevice::DrawTextQuads(const std::uint8_t* atlas, int atlasSize, bool atla
                                  {v[0], v[1], v[4], v[5]}, {v[2], v[3], v[6], v[7]}, {v[0], v[3], v[4], v[7]}};
     for (const auto& c : corners) vertices_.insert(vertices_.end(), c, c + 4);
   }
-  glUseProgram(textProgram_);
-  glUniform2f(viewportUniform_, static_cast<float>(width_), static_cast<float>(height_));
-  glUniform4f(colorUniform_, static_cast<float>((color >> 16) & 0xFF) / 255.0f,
-              static_cast<float>((color >> 8) & 0xFF) / 255.0f, static_cast<float>(color & 0xFF) / 255.0f,
-              static_cast<float>((color >> 24) & 0xFF) / 255.0f);
-  glBindVertexArray(textVao_);
-  glBindBuffer(GL_ARRAY_BUFFER, textVbo_);
-  glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(vertices_.size() * sizeof(float)), vertices_.data(),
-               GL_STREAM_DRAW);
-  glEnable(GL_BLEND);
-  // The back buffer's alpha stays 1, as on an X8R8G8B8 buffer.
-  glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ZERO, GL_ONE);
-  glDrawArrays(GL_TRIANGLES, 0, static_cast<GLsizei>(vertices_.size() / 4));
-  glDisable(GL_BLEND);
+  DrawVertices(textProgram_, viewportUniform_, colorUniform_, color, true, GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
 }
 
 void GlDevice::Present(int targetWidth, int targetHeight, std::uint32_t targetFramebuffer) {

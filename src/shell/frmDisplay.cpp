@@ -14,6 +14,7 @@
 #include <QScreen>
 
 #include "lumivane/Version.h"
+#include "render/FrameImage.h"
 
 namespace lumivane {
 
@@ -137,14 +138,7 @@ void frmDisplay::EndFrame() {
   if (!grabPath_.isEmpty()) {
     // Ctrl+S: this frame, read back now; encoding the PNG takes longer than a frame, so it is
     // done beside the loop, and the file is written whole or not at all.
-    QImage frame;
-    device_->QueueReadBack();
-    device_->FlushReadBack([&](const std::uint8_t* top, std::ptrdiff_t stride) {
-      const int w = device_->BackBufferWidth(), h = device_->BackBufferHeight();
-      const std::uint8_t* first = stride < 0 ? top + (h - 1) * stride : top;
-      frame = QImage(first, w, h, static_cast<qsizetype>(stride < 0 ? -stride : stride), QImage::Format_RGBA8888)
-                  .mirrored(false, stride < 0);
-    });
+    QImage frame = ReadFrameImage(*device_);
     std::thread([image = std::move(frame), path = grabPath_] {
       QDir().mkpath(QFileInfo(path).path());
       QSaveFile file(path);
