@@ -31,8 +31,7 @@ FileMenu::FileMenu(QMainWindow& window, frmMain& form, ShowFile& show, MsgBox& m
   file->addSeparator();
   file->addAction(tr("&Save"), QKeySequence::Save, this, [this] { Save(); });
   file->addAction(tr("Save &As..."), QKeySequence::SaveAs, this, [this] {
-    const QString path = QFileDialog::getSaveFileName(&window_, tr("Save Show"), folder_, kFilter);
-    if (!path.isEmpty()) SaveAs(path.endsWith(".xml", Qt::CaseInsensitive) ? path : path + ".xml");
+    if (const QString path = AskSavePath(); !path.isEmpty()) SaveAs(path);
   });
   file->addSeparator();
   file->addAction(tr("&Quit"), QKeySequence::Quit, &window_, [this] { window_.close(); });
@@ -54,9 +53,14 @@ bool FileMenu::New() {
   return true;
 }
 
-bool FileMenu::Open(const QString& path) {
-  std::string error;
-  if (!show_.EngineFileLoad(path.toStdString(), error)) {
+QString FileMenu::AskSavePath() {
+  const QString path = QFileDialog::getSaveFileName(&window_, tr("Save Show"), folder_, kFilter);
+  if (path.isEmpty() || path.endsWith(".xml", Qt::CaseInsensitive)) return path;
+  return path + ".xml";
+}
+
+bool FileMenu::Finish(bool ok, const std::string& error, const QString& path) {
+  if (!ok) {
     msgBox_.Show(error, MsgBox::OKOnly);
     return false;
   }
@@ -65,24 +69,21 @@ bool FileMenu::Open(const QString& path) {
   return true;
 }
 
+bool FileMenu::Open(const QString& path) {
+  std::string error;
+  const bool ok = show_.EngineFileLoad(path.toStdString(), error);
+  return Finish(ok, error, path);
+}
+
 bool FileMenu::Save() {
-  if (current_.isEmpty()) {
-    const QString path = QFileDialog::getSaveFileName(&window_, tr("Save Show"), folder_, kFilter);
-    if (path.isEmpty()) return false;
-    return SaveAs(path.endsWith(".xml", Qt::CaseInsensitive) ? path : path + ".xml");
-  }
-  return SaveAs(current_);
+  const QString path = current_.isEmpty() ? AskSavePath() : current_;
+  return !path.isEmpty() && SaveAs(path);
 }
 
 bool FileMenu::SaveAs(const QString& path) {
   std::string error;
-  if (!show_.EngineFileSave(path.toStdString(), error)) {
-    msgBox_.Show(error, MsgBox::OKOnly);
-    return false;
-  }
-  current_ = path;
-  Remember(path);
-  return true;
+  const bool ok = show_.EngineFileSave(path.toStdString(), error);
+  return Finish(ok, error, path);
 }
 
 QStringList FileMenu::Recent() const { return QSettings().value(kRecentKey).toStringList(); }

@@ -3,6 +3,7 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <string>
 
 class QMainWindow;
 class QMenu;
@@ -34,6 +35,10 @@ class FileMenu final : public QObject {
   QStringList Recent() const;
 
  private:
+  // The save dialog's answer, with ".xml" added when it was left off; empty when cancelled.
+  QString AskSavePath();
+  // After a load or save: the message on failure, else the path becomes current and recent.
+  bool Finish(bool ok, const std::string& error, const QString& path);
   void Remember(const QString& path);
   void RefreshRecent();
   QMainWindow& window_;
