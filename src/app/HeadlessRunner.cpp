@@ -22,9 +22,10 @@
 #include "core/clsText.h"
 #include "core/Color.h"
 #include "core/frmMain.h"
-#include "render/TextRenderer.h"
 #include "render/FrameImage.h"
 #include "render/RenderDevice.h"
+#include "render/clsDirectx.h"
+#include "media/VideoFileWriter.h"
 #include "persistence/ShowFile.h"
 
 namespace lumivane {
@@ -62,8 +63,7 @@ bool ValidPattern(const std::string& pattern) {
 }
 
 const char* Unsupported(const AppOptions& o) {
-  if (IsVideo(o.out)) return "--out to a video file needs the FFmpeg writer, which this build does not have yet";
-  if (!o.out.empty() && o.out != "-" && !ValidPattern(o.out))
+  if (!o.out.empty() && !IsVideo(o.out) && o.out != "-" && !ValidPattern(o.out))
     return "--out wants a frame pattern with one number in it (frame_%05d.png), a video name or -";
   if (!o.midi.empty()) return "--midi needs MIDI control, which this build does not have yet";
   if (!o.audio.empty()) return "--audio needs audio analysis, which this build does not have yet";
@@ -93,7 +93,7 @@ void PrintStats(std::ostream& out, std::vector<std::int64_t> frameNs, std::int64
 struct HeadlessSession::State {
   State(const AppOptions& o, std::ostream& err)
       : clock(o.fps), random(o.seed), context{clock, random}, text(context), msgBox(err), main(model, text, msgBox),
-        timer(clock, {}) {}
+        timer(clock, {}), directx(text) {}
   VirtualClock clock;
   SeededRandom random;
   EngineContext context;
@@ -102,28 +102,49 @@ struct HeadlessSession::State {
   HeadlessMsgBox msgBox;
   frmMain main;
   RenderTimer timer;
-  TextPass textPass;
   std::ostream* textLog = nullptr;
   std::string line;
   // With --out: the device, the frames' destination and the frame being delivered.
   std::unique_ptr<RenderDevice> device;
+  clsDirectx directx;
   std::string out;
+  std::string appFolder;
   std::int64_t framesOut = 0;
   std::string outError;
-  TextRenderer textRenderer;
-  void DrawText(const TextFrame& frame) {
-    if (device) textRenderer.Draw(*device, frame, main.PreviewWidth, main.PreviewHeight);
+  RenderDevice::FrameSink sink;
+  VideoFileWriter video;
+
+  void LogText(std::int32_t index, std::int32_t copy, const TextFrame& frame) {
+    if (textLog == nullptr) return;
+    std::string& l = line;
+    l.clear();
+    l.append(std::to_string(clock.Frame())).push_back('\t');
+    l.append(std::to_string(clock.Now())).push_back('\t');
+    l.append(std::to_string(index)).push_back('\t');
+    l.append(std::to_string(copy)).push_back('\t');
+    for (std::size_t i = 0; i < frame.Text.size(); ++i) {
+      if (frame.Text[i] == '\r' && i + 1 < frame.Text.size() && frame.Text[i + 1] == '\n') {
+        l.append("\\n");
+        ++i;
+      } else {
+        l.push_back(frame.Text[i]);
+      }
+    }
+    l.push_back('\n');
+    textLog->write(l.data(), static_cast<std::streamsize>(l.size()));
   }
   // Takes a finished frame where the device holds it; "-" lets it go, like a null output.
-  RenderDevice::FrameSink Sink() {
-    return [this](const std::uint8_t* top, std::ptrdiff_t stride) {
-      const std::int64_t frame = framesOut++;
-      if (out == "-" || !outError.empty()) return;
-      char name[4096];
-      std::snprintf(name, sizeof name, out.c_str(), static_cast<int>(frame));
-      const QImage image = FrameToImage(top, stride, device->BackBufferWidth(), device->BackBufferHeight());
-      if (!image.save(QString::fromUtf8(name), "PNG")) outError = std::string("cannot write the frame \"") + name + "\"";
-    };
+  void Deliver(const std::uint8_t* top, std::ptrdiff_t stride) {
+    const std::int64_t frame = framesOut++;
+    if (out == "-" || !outError.empty()) return;
+    if (video.IsOpen()) {
+      if (!video.WriteFrame(top, stride)) outError = "the video \"" + out + "\" could not be written";
+      return;
+    }
+    char name[4096];
+    std::snprintf(name, sizeof name, out.c_str(), static_cast<int>(frame));
+    const QImage image = FrameToImage(top, stride, device->BackBufferWidth(), device->BackBufferHeight());
+    if (!image.save(QString::fromUtf8(name), "PNG")) outError = std::string("cannot write the frame \"") + name + "\"";
   }
 };
 
@@ -132,39 +153,18 @@ HeadlessSession::HeadlessSession(const AppOptions& options, std::ostream& err)
   State& s = *state_;
   s.main.BackBufferWidth = options.width;
   s.main.BackBufferHeight = options.height;
-  s.main.RenderFrame = [&s] {
-    if (s.device) {
-      s.device->BeginScene();
-      s.device->Clear(ToDeviceColor(ControlModel::BackColor(s.main.BackgroundColor)));
-    }
-    const TextFrameInput input = s.main.FrameInput();
-    s.textPass.Run(s.text, input, [&s](std::int32_t index, std::int32_t copy, const TextFrame& frame) {
-      s.DrawText(frame);
-      if (s.textLog == nullptr) return;
-      std::string& l = s.line;
-      l.clear();
-      l.append(std::to_string(s.clock.Frame())).push_back('\t');
-      l.append(std::to_string(s.clock.Now())).push_back('\t');
-      l.append(std::to_string(index)).push_back('\t');
-      l.append(std::to_string(copy)).push_back('\t');
-      for (std::size_t i = 0; i < frame.Text.size(); ++i) {
-        if (frame.Text[i] == '\r' && i + 1 < frame.Text.size() && frame.Text[i + 1] == '\n') {
-          l.append("\\n");
-          ++i;
-        } else {
-          l.push_back(frame.Text[i]);
-        }
-      }
-      l.push_back('\n');
-      s.textLog->write(l.data(), static_cast<std::streamsize>(l.size()));
-    });
-    if (s.device) {
-      s.device->EndScene();
-      s.device->QueueReadBack();
-      // The frame before this one is ready now: its read back ran while this one was drawn.
-      s.device->TakeReadBack(s.Sink());
-    }
+  s.appFolder = options.appFolder;
+  s.sink = [&s](const std::uint8_t* top, std::ptrdiff_t stride) { s.Deliver(top, stride); };
+  s.directx.TextDrawn = [&s](std::int32_t index, std::int32_t copy, const TextFrame& frame) {
+    s.LogText(index, copy, frame);
   };
+  s.directx.Present = [&s] {
+    if (!s.device) return;
+    // The frame before this one is ready now: its read back ran while this one was drawn.
+    s.device->QueueReadBack();
+    s.device->TakeReadBack(s.sink);
+  };
+  s.main.RenderFrame = [&s] { s.directx.RenderFrame(ReadFrameArguments(s.main)); };
   RenderTimer::Hooks hooks;
   hooks.render = [&s] { s.main.Render(); };
   s.timer.SetHooks(std::move(hooks));
@@ -172,7 +172,7 @@ HeadlessSession::HeadlessSession(const AppOptions& options, std::ostream& err)
 
 HeadlessSession::~HeadlessSession() = default;
 
-bool HeadlessSession::OpenOutput(const std::string& out, int width, int height, std::string& error) {
+bool HeadlessSession::OpenOutput(const std::string& out, int width, int height, double fps, std::string& error) {
   // Text layout needs Qt's font database, which lives in a GUI application: one without a screen.
   if (QCoreApplication::instance() == nullptr) {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -182,18 +182,26 @@ bool HeadlessSession::OpenOutput(const std::string& out, int width, int height, 
     static QGuiApplication* app = new QGuiApplication(argc, argv);  // lives as long as the process
     (void)app;
   }
-  state_->device = CreateHeadlessDevice(width, height, error);
-  if (!state_->device) {
+  State& s = *state_;
+  s.device = CreateHeadlessDevice(width, height, error);
+  if (!s.device || !s.directx.Initialize(s.device.get(), s.appFolder, error)) {
+    s.directx.Destroy();
+    s.device.reset();
     error = "Error initializing OpenGL. " + error;
     return false;
   }
-  state_->out = out;
+  s.out = out;
+  if (IsVideo(out) && !s.video.Open(out, width, height, fps, error)) return false;
   return true;
 }
 
 bool HeadlessSession::FinishOutput(std::string& error) {
   State& s = *state_;
-  if (s.device) s.device->FlushReadBack(s.Sink());
+  if (s.device)
+    while (s.device->FlushReadBack(s.sink)) {
+    }
+  std::string videoError;
+  if (s.video.IsOpen() && !s.video.Close(videoError) && s.outError.empty()) s.outError = videoError;
   error = s.outError;
   return error.empty();
 }
@@ -242,7 +250,7 @@ int RunHeadless(const AppOptions& options, std::ostream& out, std::ostream& err)
     err << "lumivane: " << error << '\n';
     return 2;
   }
-  if (std::string error; !options.out.empty() && !session.OpenOutput(options.out, options.width, options.height, error)) {
+  if (std::string error; !options.out.empty() && !session.OpenOutput(options.out, options.width, options.height, options.fps, error)) {
     err << "lumivane: " << error << '\n';
     return 2;
   }

@@ -24,8 +24,9 @@ class HeadlessSession {
   bool LoadShow(const std::string& path, std::string& error);
 
   // Renders every frame on a device without any display and writes it: PNG files by the printf
-  // pattern `out`, or with "-" reads each frame back and lets it go (for timing).
-  bool OpenOutput(const std::string& out, int width, int height, std::string& error);
+  // pattern `out`, a video file when `out` ends in .avi, .mp4 or .mkv, or with "-" reads each frame
+  // back and lets it go (for timing).
+  bool OpenOutput(const std::string& out, int width, int height, double fps, std::string& error);
   // Delivers the last frame still on its way; false with the reason when a frame was not written.
   bool FinishOutput(std::string& error);
 

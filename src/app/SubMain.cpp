@@ -1,12 +1,16 @@
 #include "app/SubMain.h"
 
+#include <QAction>
 #include <QApplication>
+#include <QMenuBar>
+#include <QOpenGLContext>
 #include <QDateTime>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QFontDatabase>
 #include <QImage>
+#include <QPointer>
 #include <QProcess>
 #include <QSettings>
 #include <QSocketNotifier>
@@ -25,15 +29,20 @@
 #include "core/RandomSource.h"
 #include "core/TextPass.h"
 #include "core/clsText.h"
+#include "core/OutputClones.h"
 #include "core/frmMain.h"
+#include "core/frmOutputConfiguration.h"
 #include "persistence/ShowFile.h"
+#include "persistence/UIPositionFile.h"
 #include "render/FrameImage.h"
 #include "render/RenderDevice.h"
-#include "render/TextRenderer.h"
+#include "render/clsDirectx.h"
 #include "lumivane/Version.h"
 #include "shell/FileMenu.h"
 #include "shell/FocusTracker.h"
+#include "shell/CloneDisplay.h"
 #include "shell/MainWindow.h"
+#include "shell/frmOutputConfigurationWindow.h"
 #include "shell/frmDisplay.h"
 #include "shell/frmMsgBox.h"
 #include "shell/frmSplash.h"
@@ -120,14 +129,16 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
   frmMain form(model, text, msgBox);
   FocusTracker focus(model);
   form.ScreenshotFolder = applicationFolder + "/Screenshots";
-  // The texts step in every frame; their markers in the pane show what they say.
-  TextPass textPass;
-  TextRenderer textRenderer;
+  // The texts step in every frame; their markers in the pane show what they say. The output
+  // window holds the render object while playback runs.
+  QPointer<frmDisplay> display;
+  TextPass idleTexts;
   form.RenderFrame = [&] {
-    RenderDevice* device = form.OutputDevice();
-    textPass.Run(text, form.FrameInput(), [&](std::int32_t, std::int32_t, const TextFrame& frame) {
-      if (device != nullptr) textRenderer.Draw(*device, frame, form.PreviewWidth, form.PreviewHeight);
-    });
+    const FrameArguments args = ReadFrameArguments(form);
+    if (clsDirectx* directx = display && form.OutputDevice() != nullptr ? display->Directx() : nullptr)
+      directx->RenderFrame(args);
+    else
+      idleTexts.RunAll(text, args.Text, {});
   };
   // A random face for texts that change face at each update, from the fonts installed.
   const QStringList families = QFontDatabase::families();
@@ -168,8 +179,38 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
     // Waiting (the countdown, a pause) need not burn a core.
     if (form.CountingDown() || form.Paused()) QThread::msleep(1);
   };
-  form.CreateOutputWindow = [&form]() -> std::unique_ptr<OutputWindow> {
-    auto* window = new frmDisplay;
+  // Clone outputs: further windows drawn by the output's context with the finished frame.
+  frmOutputConfiguration outputConfiguration(model);
+  OutputClones clones(outputConfiguration);
+  clones.ApplicationFolder = applicationFolder;
+  ConnectClonePositions(clones, [&log](const std::string& failure) {
+    if (log) log->write(QByteArray::fromStdString(failure) + '\n');
+  });
+  clones.Yield = [&form] { if (form.Yield) form.Yield(); };
+  clones.CreateCloneWindow = [&display]() -> std::unique_ptr<CloneWindow> {
+    return std::make_unique<CloneOutput>([&display](CloneDisplay& window, const BlitSource& source, int identify) {
+      QOpenGLContext* context = display ? display->Context() : nullptr;
+      RenderDevice* device = display ? display->Device() : nullptr;
+      if (context == nullptr || device == nullptr) return;
+      window.Draw(*context, [device, &source](int width, int height, std::uint32_t framebuffer) {
+        device->Present(width, height, framebuffer, source);
+      }, identify);
+    });
+  };
+  clones.MainOutputGeometry = [&display] {
+    if (!display) return WindowRect{};
+    const QRect g = display->frameGeometry();
+    return WindowRect{g.x(), g.y(), g.width(), g.height()};
+  };
+  outputConfiguration.StopRendering = [&form] {
+    if (form.Running()) form.StopRender();
+  };
+  form.Clones = &clones;
+
+  form.CreateOutputWindow = [&form, &text, &display, &applicationFolder, &clones]() -> std::unique_ptr<OutputWindow> {
+    auto* window = new frmDisplay(text, applicationFolder);
+    window->IdentifyNumber = [&clones] { return clones.MainIdentifyNumber(); };
+    display = window;
     // What a key does may close this very window: hand it on after the key's event is done.
     QObject::connect(window, &frmDisplay::KeyCommand, qApp, [&form](OutputKey key) {
       QMetaObject::invokeMethod(qApp, [&form, key] { form.HotKey(key); }, Qt::QueuedConnection);
@@ -205,6 +246,18 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
     if (RenderDevice* device = form.OutputDevice()) window.ShowPreview(ReadFrameImage(*device));
   };
   FileMenu fileMenu(window, form, show, msgBox, QString::fromStdString(applicationFolder));
+  frmOutputConfigurationWindow outputWindow(outputConfiguration);
+  QMenu* outputMenu = window.menuBar()->addMenu(QObject::tr("&Output"));
+  QObject::connect(outputMenu->addAction(QObject::tr("Output &Configuration...")), &QAction::triggered, [&outputWindow] {
+    outputWindow.show();
+    outputWindow.raise();
+  });
+  QObject::connect(outputMenu->addAction(QObject::tr("&Device Information")), &QAction::triggered, [&] {
+    clsDirectx* directx = display ? display->Directx() : nullptr;
+    msgBox.Show(directx != nullptr ? directx->GetDevicePropertyInfo()
+                                   : std::string("The device is made when playback starts."),
+                MsgBox::OKOnly);
+  });
   // 3.
   splash.SetStatus(QStringLiteral("Generating User Interface..."));
   // 4.
@@ -218,6 +271,8 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
     splash.SetStatus(QStringLiteral("Connecting to MIDI..."));
   // 7.
   splash.SetStatus(QStringLiteral("Loading Last Particle Presets..."));
+  // The output count comes before the command line, so a show started from it has its clones too.
+  InitializeOutputCount(outputConfiguration, applicationFolder);
   // 8.
   if (!options.commandLine.empty()) {
     splash.SetStatus(QStringLiteral("Starting with CommandLine..."));

@@ -22,4 +22,12 @@ std::optional<std::int32_t> ToInt32(double value) noexcept;
 // exponent for ordinary magnitudes ("12", "-0.5", "1000000000").
 std::string FormatNumber(double value);
 
+// The smallest 2^n, n at least 1, not below `value`: the sizes of textures. Values beyond 2^30
+// answer 2^30.
+constexpr std::int32_t NextPowerOfTwo(std::int32_t value) noexcept {
+  std::int32_t p = 2;
+  while (p < value && p < (1 << 30)) p <<= 1;
+  return p;
+}
+
 }  // namespace lumivane

@@ -20,9 +20,9 @@ class OutputWindow {
   // Makes the render device; false, with the reason, when none can be made.
   virtual bool InitializeDevice(std::string& reason) = 0;
   virtual void DestroyDevice() = 0;
-  // A frame: begins on the back buffer cleared to the background colour; the passes draw through
-  // Device(); EndFrame presents it.
-  virtual void BeginFrame(std::int32_t backgroundColor) = 0;
+  // A frame: BeginFrame readies the device (false when it cannot draw now); the passes draw
+  // through Device(); EndFrame presents the back buffer and feeds the clones.
+  virtual bool BeginFrame() = 0;
   virtual void EndFrame() = 0;
   // The device the passes draw through; none before InitializeDevice succeeded.
   virtual RenderDevice* Device() = 0;

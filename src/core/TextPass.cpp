@@ -4,9 +4,10 @@
 
 namespace lumivane {
 
-void TextPass::Run(clsText& text, const TextFrameInput& input, const TextDraw& draw) {
+void TextPass::Run(clsText& text, const TextFrameInput& input, const TextDraw& draw, Kind kind) {
   const std::int32_t count = text.RenderGetTextCount();
   for (std::int32_t i = 1; i <= count; ++i) {
+    if (text.PreviewText3D(i) != (kind == Kind::ThreeD)) continue;
     const std::int32_t copies = text.RenderGetOutputMultiplier(i);
     for (std::int32_t j = 1; j <= copies; ++j) {
       TextFrame frame = text.TextFrameStep(i, j, input);

@@ -14,13 +14,19 @@ class clsText;
 // 1.. for its further copies) and the step's result.
 using TextDraw = std::function<void(std::int32_t index, std::int32_t copy, const TextFrame& frame)>;
 
-// The texts of a frame: steps every live text and each of its copies and hands what is drawn to
-// `draw`. A text that is not enabled, or whose string is empty, draws nothing. Copies above the
-// first draw the string the first one drew. Keeps its buffer between frames, so a steady show
-// allocates nothing here.
+// The texts of a frame, flat ones or 3D ones: steps every such live text and each of its copies, and
+// hands what is drawn to `draw`. A text that is not enabled, or whose string is empty, draws
+// nothing. Copies above the first draw the string the first one drew. Keeps its buffer between
+// frames, so a steady show allocates nothing here.
 class TextPass {
  public:
-  void Run(clsText& text, const TextFrameInput& input, const TextDraw& draw);
+  enum class Kind { Flat, ThreeD };
+  void Run(clsText& text, const TextFrameInput& input, const TextDraw& draw, Kind kind = Kind::Flat);
+  // Both kinds, flat texts first: what a frame steps when nothing is drawn.
+  void RunAll(clsText& text, const TextFrameInput& input, const TextDraw& draw) {
+    Run(text, input, draw, Kind::Flat);
+    Run(text, input, draw, Kind::ThreeD);
+  }
 
  private:
   std::string first_;

@@ -19,6 +19,7 @@ namespace lumivane {
 
 class clsText;
 class MsgBox;
+class OutputClones;
 class RenderDevice;
 
 // The main window as the engine sees it: its controls in the control model, the editor's copy of
@@ -64,6 +65,8 @@ class frmMain {
   static constexpr std::string_view kStopQuestion = "Lumivane is currently running. Are you sure you want to Stop?";
   static constexpr std::string_view kQuitQuestion = "Are you sure you want to Quit Lumivane?";
   static constexpr std::string_view kDeviceError = "Error initializing OpenGL.";
+  static constexpr std::string_view kResolutionMessage =
+      "Please enter the Resolution with Format WidthxHeight e.g. 800x600";
   // Each number of the start countdown stands this long, unless a stop cuts it short.
   static constexpr std::uint32_t kCountdownStepMs = 666;
 
@@ -133,8 +136,12 @@ class frmMain {
   bool Running() const noexcept { return running_; }
   bool Paused() const noexcept { return paused_; }
   bool CountingDown() const noexcept { return countingDown_; }
-  // The output size chosen in cboResolution ("WIDTHxHEIGHT"); 1280x720 when unreadable.
-  std::pair<int, int> Resolution() const;
+  // Reads cboResolution ("WIDTHxHEIGHT", any case, blanks around the numbers) into OutputWidth and
+  // OutputHeight; an entry that does not read is told and changes nothing.
+  bool Resolution();
+  static std::optional<std::pair<int, int>> ParseResolution(std::string_view text);
+  int OutputWidth = 1024;
+  int OutputHeight = 768;
   const std::string& Caption() const noexcept { return caption_; }
   RenderTimer& Timer() noexcept { return timer_; }
 
@@ -153,6 +160,8 @@ class frmMain {
   ControlHandle BackgroundColor;
   // Loads the factory show after a reset; supplied by the application, which knows where it is.
   std::function<void()> LoadFactoryShow;
+  // The clone outputs, made when playback starts and fed after each frame; none when unset.
+  OutputClones* Clones = nullptr;
   // The preview monitor, refreshed from the render timer while its panel shows, at the rate its
   // options choose.
   std::function<void()> RenderPreview;

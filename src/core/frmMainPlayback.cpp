@@ -1,10 +1,12 @@
 // The main window's playback side: start and stop of the output, the render timer, reset and the
 // close request.
+#include <cctype>
 #include <cstdio>
 
 #include "core/EngineContext.h"
 #include "core/MsgBox.h"
 #include "core/Numbers.h"
+#include "core/OutputClones.h"
 #include "core/RandomSource.h"
 #include "core/clsText.h"
 #include "core/frmMain.h"
@@ -14,9 +16,9 @@ namespace lumivane {
 
 namespace {
 
-const std::vector<std::string> kResolutions = {"640x480",   "800x600",   "1024x768",  "1280x720", "1280x1024",
-                                               "1366x768",  "1600x900",  "1920x1080", "1920x1200",
-                                               "2560x1440", "3840x2160"};
+const std::vector<std::string> kResolutions = {"200x160",   "320x240",   "640x480",   "720x576",
+                                               "720x480",   "800x600",   "1024x768",  "1280x720",
+                                               "1280x1024", "1600x1200", "1920x1080", "1920x1200"};
 
 }  // namespace
 
@@ -39,7 +41,7 @@ void frmMain::RegisterPlaybackControls() {
   m.SetCaption(p.chkFPSLimiter, "Limit to max. 24 FPS");
   p.cboResolution = m.Add(f, ControlKind::ComboBox, "cboResolution");
   m.SetItems(p.cboResolution, kResolutions);
-  m.SetText(p.cboResolution, "1280x720");
+  m.SetText(p.cboResolution, "1024x768");
   p.cboMonitors = m.Add(f, ControlKind::ComboBox, "cboMonitors");
   p.cmdFullScreen = button("cmdFullScreen", "Full Screen", true);
   p.chkAlwaysOnTop = m.Add(f, ControlKind::CheckBox, "chkAlwaysOnTop");
@@ -75,10 +77,14 @@ void frmMain::ConnectPlayback() {
     if (msgBox_.Show(kResetQuestion, MsgBox::YesNo) == MsgBox::Yes) Reset();
   });
   m.OnChange(p.cmdFullScreen, [this](const ControlEvent&) {
-    if (output_) output_->SetFullScreen(model_.Value(p_.cmdFullScreen) == 1);
+    const bool on = model_.Value(p_.cmdFullScreen) == 1;
+    if (output_) output_->SetFullScreen(on);
+    if (Clones != nullptr && deviceReady_) Clones->CloneResolution(on);
   });
   m.OnChange(p.chkAlwaysOnTop, [this](const ControlEvent&) {
-    if (output_) output_->SetAlwaysOnTop(model_.Checked(p_.chkAlwaysOnTop));
+    const bool on = model_.Checked(p_.chkAlwaysOnTop);
+    if (output_) output_->SetAlwaysOnTop(on);
+    if (Clones != nullptr && deviceReady_) Clones->CloneSetTopMostWindow(on);
   });
   m.OnChange(p.cmdPreview, [this](const ControlEvent&) {
     model_.SetVisible(p_.framePreview, model_.Value(p_.cmdPreview) == 1);
@@ -90,22 +96,39 @@ void frmMain::SetCaption(const std::string& caption) {
   if (CaptionChanged) CaptionChanged(caption_);
 }
 
-std::pair<int, int> frmMain::Resolution() const {
-  const std::string& text = model_.Text(p_.cboResolution);
-  const auto x = text.find('x');
-  if (x != std::string::npos) {
-    const auto w = ToInt32(LeadingNumber(std::string_view(text).substr(0, x)));
-    const auto h = ToInt32(LeadingNumber(std::string_view(text).substr(x + 1)));
-    if (w && h && *w > 0 && *h > 0) return {*w, *h};
+std::optional<std::pair<int, int>> frmMain::ParseResolution(std::string_view text) {
+  std::string lower(text);
+  for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  const auto x = lower.find('x');
+  if (x == std::string::npos) return std::nullopt;
+  const auto number = [](std::string_view part) -> std::optional<std::int32_t> {
+    const auto value = ParseNumber(part);  // blanks around the number are fine: "800 x 600"
+    return value ? ToInt32(*value) : std::nullopt;
+  };
+  const auto w = number(std::string_view(lower).substr(0, x));
+  const auto h = number(std::string_view(lower).substr(x + 1));
+  // A size of nothing is no output either.
+  if (!w || !h || *w < 1 || *h < 1) return std::nullopt;
+  return std::pair<int, int>{*w, *h};
+}
+
+bool frmMain::Resolution() {
+  const auto size = ParseResolution(model_.Text(p_.cboResolution));
+  if (!size) {
+    msgBox_.Show(kResolutionMessage, MsgBox::OKOnly);
+    return false;
   }
-  return {1280, 720};
+  OutputWidth = size->first;
+  OutputHeight = size->second;
+  return true;
 }
 
 bool frmMain::StartRender() {
   if (running_ || !CreateOutputWindow) return false;
   text_.Context().TimeScale = 1.0f;
 
-  const auto [width, height] = Resolution();
+  Resolution();  // a bad entry is told and the last good size stands
+  const int width = OutputWidth, height = OutputHeight;
   BackBufferWidth = width;
   BackBufferHeight = height;
   output_ = CreateOutputWindow();
@@ -139,8 +162,15 @@ bool frmMain::StartRender() {
     return false;
   }
   deviceReady_ = true;
+  // Clone outputs, always on top, the output's placement.
+  if (Clones != nullptr) Clones->CloneRenderInitialize(BackBufferWidth, BackBufferHeight);
+  if (!running_ || !output_) return false;  // a stop arrived while the clones opened
   output_->SetAlwaysOnTop(model_.Checked(p_.chkAlwaysOnTop));
-  if (model_.Value(p_.cmdFullScreen) == 1) output_->SetFullScreen(true);
+  if (Clones != nullptr) Clones->CloneSetTopMostWindow(model_.Checked(p_.chkAlwaysOnTop));
+  if (model_.Value(p_.cmdFullScreen) == 1) {
+    output_->SetFullScreen(true);
+    if (Clones != nullptr) Clones->CloneResolution(true);
+  }
   text_.Context().random.ReseedFromClock(clock);
   model_.SetEnabled(p_.cboMonitors, false);
   model_.SetEnabled(p_.cmdPlay, false);
@@ -154,11 +184,12 @@ void frmMain::StopRender() {
   paused_ = false;
   stopRequested_ = true;
   // The device first: a timer tick that still arrives finds nothing to draw.
+  const bool hadDevice = deviceReady_;
   deviceReady_ = false;
-  if (output_) {
-    output_->SetTimerEnabled(false);
-    output_->DestroyDevice();
-  }
+  if (output_) output_->SetTimerEnabled(false);
+  // The clones draw with the output's device: they go before it.
+  if (Clones != nullptr && hadDevice) Clones->CloneDestroy();
+  if (output_) output_->DestroyDevice();
   model_.SetValue(p_.cmdPlay, 0);
   model_.SetValue(p_.cmdPause, 0);
   model_.SetValue(p_.cmdRecord, 0);
@@ -180,9 +211,12 @@ void frmMain::TimerRender() {
 
 void frmMain::Render() {
   OutputWindow* output = deviceReady_ ? output_.get() : nullptr;
-  if (output != nullptr) output->BeginFrame(model_.BackColor(BackgroundColor));
+  if (output != nullptr && !output->BeginFrame()) output = nullptr;  // the texts still step
   if (RenderFrame) RenderFrame();
-  if (output != nullptr && output_.get() == output) output->EndFrame();  // a stop inside the frame took it away
+  if (output != nullptr && output_.get() == output) {  // a stop inside the frame took it away
+    output->EndFrame();
+    if (Clones != nullptr && deviceReady_) Clones->CloneRender(BackBufferWidth, BackBufferHeight);
+  }
 }
 
 RenderDevice* frmMain::OutputDevice() { return deviceReady_ && output_ ? output_->Device() : nullptr; }

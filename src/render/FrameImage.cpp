@@ -15,8 +15,7 @@ QImage FrameToImage(const std::uint8_t* top, std::ptrdiff_t stride, int width, i
 
 QImage ReadFrameImage(RenderDevice& device) {
   QImage image;
-  device.QueueReadBack();
-  device.FlushReadBack([&](const std::uint8_t* top, std::ptrdiff_t stride) {
+  device.ReadBackNow([&](const std::uint8_t* top, std::ptrdiff_t stride) {
     image = FrameToImage(top, stride, device.BackBufferWidth(), device.BackBufferHeight());
   });
   return image;

@@ -4,49 +4,49 @@
 #include <QImage>
 #include <QRawFont>
 #include <cstdint>
-#include <string_view>
 #include <vector>
 
 namespace lumivane {
 
-struct TextFont;
-
-// Text laid out with Qt (shaping, fallback fonts, any script) and drawn as textured quads from a
-// cache of glyph images: a glyph is rasterised once, the first time it is drawn, never per frame.
+// A cache of glyph images in one coverage texture: a glyph is rasterised once, the first time it
+// is drawn, never per frame. Slots are numbered and stay valid until the atlas fills up and starts
+// over (Generation() then changes).
 class GlyphAtlas {
  public:
   static constexpr int kSize = 2048;
 
-  // One glyph on screen: its rectangle in back buffer pixels and its place in the atlas (0..1).
-  struct Quad {
-    float x0, y0, x1, y1;
-    float u0, v0, u1, v1;
+  struct Slot {
+    float u0, v0, u1, v1;  // place in the atlas, 0..1
+    int left, top;         // image offset from the pen position, whole pixels
+    int width, height;
   };
-  enum class Align { Left, Center, Right };
 
   GlyphAtlas();
 
-  // Appends the quads of `text` (lines split at CR LF) set in `font` at `pixelSize`, inside the
-  // box from `left`/`top` of width `width`, lines aligned as asked.
-  void Layout(std::string_view text, const TextFont& font, float pixelSize, float left, float top, float width,
-              Align align, std::vector<Quad>& out);
+  // The slot of a glyph of `font` (rasterised now if new); -1 when it has no image.
+  int SlotFor(const QRawFont& font, const QString& faceKey, quint32 glyph);
+  const Slot& At(int slot) const { return slots_[static_cast<std::size_t>(slot)]; }
+  std::uint32_t Generation() const { return generation_; }
 
-  // The atlas image (one byte of coverage a pixel) and whether it grew since the last upload.
+  // The coverage image (one byte a pixel) and the rows that changed since the last upload.
   const QImage& Image() const { return image_; }
-  bool Dirty() const { return dirty_; }
-  void Uploaded() { dirty_ = false; }
+  bool Dirty() const { return dirtyTop_ < dirtyBottom_; }
+  int DirtyTop() const { return dirtyTop_; }
+  int DirtyBottom() const { return dirtyBottom_; }
+  void Uploaded() { dirtyTop_ = kSize, dirtyBottom_ = 0; }
+
+  // A name for a face at a size, for the slot look-up.
+  static QString FaceKey(const QRawFont& font);
 
  private:
-  struct Slot {
-    float u0, v0, u1, v1;
-    QRectF bounds;  // relative to the pen position
-  };
-  const Slot* Glyph(const QRawFont& font, quint32 index);
+  void StartOver();
 
   QImage image_;
-  bool dirty_ = true;
+  std::vector<Slot> slots_;
+  QHash<QString, QHash<quint32, int>> byFace_;
   int penX_ = 0, penY_ = 0, shelfHeight_ = 0;
-  QHash<QString, QHash<quint32, Slot>> slots_;  // by face key, then glyph index
+  int dirtyTop_ = 0, dirtyBottom_ = kSize;
+  std::uint32_t generation_ = 1;
 };
 
 }  // namespace lumivane

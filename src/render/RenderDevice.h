@@ -7,60 +7,183 @@
 #include <string>
 #include <vector>
 
+#include "core/BlitSource.h"
+#include "render/Matrix.h"
+#include "render/Vertex.h"
+
 namespace lumivane {
 
+struct TextureImage;
+
+// A texture of the device; 0 is none. Every texture dies with its device.
+using TextureId = std::uint32_t;
+
+// Texture formats by their device codes. X8R8G8B8 reads its alpha as 1; A8 is coverage only and
+// samples as white with that alpha.
+enum class TextureFormat : std::uint32_t { A8R8G8B8 = 21, X8R8G8B8 = 22, A8 = 28 };
+
+struct TextureDesc {
+  int Width = 0;   // the real size: a power of two at least as large as asked for
+  int Height = 0;
+  TextureFormat Format = TextureFormat::A8R8G8B8;
+  bool RenderTarget = false;
+};
+
+// The render states the passes set, by their device codes.
+enum class RenderState : std::uint32_t {
+  ZENABLE = 7,
+  FILLMODE = 8,       // 1 point, 2 wireframe, 3 solid
+  SHADEMODE = 9,      // 1 flat, 2 Gouraud
+  ZWRITEENABLE = 14,
+  SRCBLEND = 19,
+  DESTBLEND = 20,
+  CULLMODE = 22,      // 1 none, 2 clockwise, 3 counter-clockwise (the default)
+  ZFUNC = 23,         // 1 never .. 8 always, 4 less-equal (the default)
+  ALPHABLENDENABLE = 27,
+  SPECULARENABLE = 29,
+  TEXTUREFACTOR = 60,
+  LIGHTING = 137,
+  AMBIENT = 139,
+  NORMALIZENORMALS = 143,
+};
+
+// Stage 0's colour and alpha operations and sampling, by their device codes.
+enum class TextureStageState : std::uint32_t {
+  COLOROP = 1,    // 1 disable, 2 select arg 1, 3 select arg 2, 4 modulate, 5 modulate 2x, 6 modulate 4x,
+  COLORARG1 = 2,  // 7 add, 8 add signed, 10 subtract, 24 dot product
+  COLORARG2 = 3,  // arguments: 0 diffuse, 1 current, 2 texture, 3 texture factor; +0x10 complement,
+  ALPHAOP = 4,    // +0x20 alpha replicate
+  ALPHAARG1 = 5,
+  ALPHAARG2 = 6,
+  ADDRESSU = 13,  // 1 wrap, 2 mirror, 3 clamp
+  ADDRESSV = 14,
+  MAGFILTER = 16,  // 1 point, 2 linear, 3 anisotropic
+  MINFILTER = 17,
+  MIPFILTER = 18,
+};
+
+enum class TransformState : std::uint32_t { View = 2, Projection = 3, World = 256 };
+
+// How a file is scaled to its texture.
+enum class ImageFilter : std::uint32_t { Point = 2, Linear = 3 };
+
+struct DeviceCaps {
+  int MaxTextureWidth = 0;
+  int MaxTextureHeight = 0;
+  int MaxSimultaneousTextures = 0;
+  int MaxVertexCount = 0;
+  bool SquareTexturesOnly = false;
+};
+
 // The narrow device the frame's passes draw through. The engine never sees a GL header: this is
-// all it knows of the device. Colours are device words 0xAARRGGBB.
+// all it knows of the device. Colours are device words 0xAARRGGBB. No call throws; a call that
+// fails is skipped and the frame goes on, so a layer whose call failed is missing or stale.
+//
+// Pixels: row 0 of every render target is its top row, as pre-transformed vertices count them.
 class RenderDevice {
  public:
   virtual ~RenderDevice() = default;
 
   virtual int BackBufferWidth() const noexcept = 0;
   virtual int BackBufferHeight() const noexcept = 0;
+  virtual DeviceCaps Caps() const = 0;
+  // What the device runs on, for logs and figures ("llvmpipe ...", "NVIDIA H100 ...").
+  virtual std::string Renderer() const = 0;
 
-  // Starts a frame on the back buffer.
+  // ---- The scene --------------------------------------------------------------------------
+  // BeginScene makes the back buffer the target unless a texture is being rendered to.
   virtual void BeginScene() = 0;
-  virtual void Clear(std::uint32_t color) = 0;
   virtual void EndScene() = 0;
+  // Fills the target with a colour; with `zBuffer` also z 1.0 and stencil 0.
+  virtual void Clear(std::uint32_t color, bool zBuffer = true) = 0;
 
+  // ---- State --------------------------------------------------------------------------------
+  virtual void SetRenderState(RenderState state, std::uint32_t value) = 0;
+  virtual std::uint32_t GetRenderState(RenderState state) const = 0;
+  virtual void SetTextureStageState(TextureStageState state, std::uint32_t value) = 0;
+  virtual std::uint32_t GetTextureStageState(TextureStageState state) const = 0;
+  virtual void SetTransform(TransformState state, const Matrix& matrix) = 0;
+  virtual void SetTexture(TextureId texture) = 0;
+  virtual void SetVertexShader(VertexFormat format) = 0;
   // Blending as show files name it: 1 ZERO, 2 ONE, 3 SRC_COLOR, 4 INV_SRC_COLOR, 5 SRC_ALPHA,
   // 6 INV_SRC_ALPHA, 7 DEST_ALPHA, 8 INV_DEST_ALPHA, 9 DEST_COLOR, 10 INV_DEST_COLOR,
   // 11 SRC_ALPHA_SAT, 12 BOTH_SRC_ALPHA, 13 BOTH_INV_SRC_ALPHA (the last two set both factors from
   // the source code). Code 0 in either turns blending off; other codes count as ONE.
-  virtual void SetBlend(int sourceCode, int destinationCode) = 0;
-  // Solid quads in one colour (0xAARRGGBB) under the current blending; each quad is x0, y0, x1, y1
-  // in back buffer pixels.
-  virtual void DrawQuads(const float* rects, std::size_t quadCount, std::uint32_t color) = 0;
+  void SetBlend(int sourceCode, int destinationCode);
 
-  // Draws coverage-masked quads in one colour, alpha-blended: text from a glyph atlas.
-  // `atlas` is a square of `atlasSize` coverage bytes, uploaded when `atlasChanged`; each quad is
-  // eight floats: x0, y0, x1, y1 in back buffer pixels (top left origin), then u0, v0, u1, v1.
-  virtual void DrawTextQuads(const std::uint8_t* atlas, int atlasSize, bool atlasChanged, const float* quads,
-                             std::size_t quadCount, std::uint32_t color) = 0;
+  // ---- Drawing -------------------------------------------------------------------------------
+  // Draws from a client vertex list laid out as the current vertex format; `stride` must be that
+  // format's size. Consecutive triangle lists under unchanged state are drawn together, so many
+  // small draws cost one.
+  virtual void DrawPrimitiveUP(PrimitiveType type, std::uint32_t primitiveCount, const void* vertices,
+                               std::uint32_t stride) = 0;
+  void DrawPrimitiveUP(PrimitiveType type, std::uint32_t primitiveCount, const TLVERTEX* vertices) {
+    SetVertexShader(VertexFormat::TL);
+    DrawPrimitiveUP(type, primitiveCount, vertices, sizeof(TLVERTEX));
+  }
+  void DrawPrimitiveUP(PrimitiveType type, std::uint32_t primitiveCount, const LVERTEX* vertices) {
+    SetVertexShader(VertexFormat::L);
+    DrawPrimitiveUP(type, primitiveCount, vertices, sizeof(LVERTEX));
+  }
+  void DrawPrimitiveUP(PrimitiveType type, std::uint32_t primitiveCount, const LINEVERTEX* vertices) {
+    SetVertexShader(VertexFormat::Line);
+    DrawPrimitiveUP(type, primitiveCount, vertices, sizeof(LINEVERTEX));
+  }
 
-  // Read back, overlapped with the next frame: QueueReadBack starts copying the finished frame out
-  // of the device, and TakeReadBack delivers the frame queued before it (RGBA, top row first).
-  // FlushReadBack delivers the last queued frame at the end of a run.
+  // ---- Textures ------------------------------------------------------------------------------
+  // Sizes go up to the next power of two. 0 when the texture cannot be made.
+  virtual TextureId CreateTexture(int width, int height, TextureFormat format, bool renderTarget = false) = 0;
+  // An image prepared off the frame path (DecodeTextureImage) made into a texture.
+  virtual TextureId CreateTextureFromImage(const TextureImage& image) = 0;
+  // Loads, scales and colour-keys an image file in one go (see DecodeTextureImage); 0 with the
+  // reason in `error` when it cannot.
+  TextureId CreateTextureFromFileEx(const std::string& path, int width, int height, TextureFormat format,
+                                    ImageFilter filter, std::uint32_t colorKey, std::string* error = nullptr);
+  // Replaces a rectangle of a texture: `pixels` are device words (A8: one byte each), `stride` bytes a row.
+  virtual void UpdateTexture(TextureId texture, int x, int y, int width, int height, const void* pixels,
+                             std::ptrdiff_t stride) = 0;
+  virtual bool GetDesc(TextureId texture, TextureDesc& desc) const = 0;
+  virtual void ReleaseTexture(TextureId texture) = 0;
+
+  // Render to texture: until EndRenderToTexture, scenes, clears and draws go to `texture` (made
+  // as a render target), with pre-transformed pixels counted in its own size. False when it cannot.
+  virtual bool BeginRenderToTexture(TextureId texture) = 0;
+  virtual void EndRenderToTexture() = 0;
+  // Copies a rectangle of the back buffer into a texture of the same pixel size at (x, y).
+  virtual void CopyBackBufferToTexture(TextureId texture, int sourceX, int sourceY, int width, int height, int x,
+                                       int y) = 0;
+  // Stretches a rectangle of the back buffer (a negative extent reads backwards) over a whole texture.
+  virtual void StretchBackBufferToTexture(TextureId texture, const BlitSource& source) = 0;
+
+  // ---- Output --------------------------------------------------------------------------------
+  // Shows a rectangle of the back buffer on a window's framebuffer, stretched to its size (a
+  // headless device has none and does nothing).
+  virtual void Present(int targetWidth, int targetHeight, std::uint32_t targetFramebuffer, const BlitSource& source) = 0;
+  void Present(int targetWidth, int targetHeight, std::uint32_t targetFramebuffer) {
+    Present(targetWidth, targetHeight, targetFramebuffer, BlitSource{0, 0, BackBufferWidth(), BackBufferHeight()});
+  }
+
+  // Read back, overlapped with the next frame. QueueReadBack ends the frame and queues it; the next
+  // frame is drawn into a second back buffer (what it does not clear it inherits from this one),
+  // while this one is copied out. TakeReadBack then delivers the frame queued before the newest;
+  // FlushReadBack delivers the oldest frame still queued, for the end of a run.
   // The sink sees the frame where it lies, without a copy: `top` is the first byte of the top row
-  // and rows are `stride` bytes apart (negative when the device stores them bottom up). Valid only
-  // during the call.
+  // (RGBA) and rows are `stride` bytes apart. Valid only during the call.
   using FrameSink = std::function<void(const std::uint8_t* top, std::ptrdiff_t stride)>;
   virtual void QueueReadBack() = 0;
   virtual bool TakeReadBack(const FrameSink& sink) = 0;
   virtual bool FlushReadBack(const FrameSink& sink) = 0;
+  // The back buffer as it is now, read at once (for a screenshot or the preview monitor).
+  virtual bool ReadBackNow(const FrameSink& sink) = 0;
+  // A texture's pixels (RGBA, top row first), read at once: thumbnails and checks.
+  virtual bool ReadTexture(TextureId texture, const FrameSink& sink) = 0;
   // The same, copied into `rgba` top row first.
-  bool TakeReadBack(std::vector<std::uint8_t>& rgba) { return TakeReadBack(CopyInto(rgba)); }
-  bool FlushReadBack(std::vector<std::uint8_t>& rgba) { return FlushReadBack(CopyInto(rgba)); }
+  bool TakeReadBack(std::vector<std::uint8_t>& rgba) { return TakeReadBack(CopyInto(rgba, BackBufferWidth(), BackBufferHeight())); }
+  bool FlushReadBack(std::vector<std::uint8_t>& rgba) { return FlushReadBack(CopyInto(rgba, BackBufferWidth(), BackBufferHeight())); }
+  bool ReadBackNow(std::vector<std::uint8_t>& rgba) { return ReadBackNow(CopyInto(rgba, BackBufferWidth(), BackBufferHeight())); }
 
-  // Shows the back buffer on a window's framebuffer, stretched to its size (a headless device has
-  // none and does nothing).
-  virtual void Present(int targetWidth, int targetHeight, std::uint32_t targetFramebuffer) = 0;
-
-  // What the device runs on, for logs and figures ("llvmpipe ...", "NVIDIA H100 ...").
-  virtual std::string Renderer() const = 0;
-
- private:
-  FrameSink CopyInto(std::vector<std::uint8_t>& rgba) const;
+ protected:
+  static FrameSink CopyInto(std::vector<std::uint8_t>& rgba, int width, int height);
 };
 
 // A device without any window, rendering into an offscreen back buffer of the given size: EGL

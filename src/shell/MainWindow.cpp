@@ -87,10 +87,11 @@ MainWindow::MainWindow(frmMain& form, QWidget* parent) : QMainWindow(parent), fo
 }
 
 void MainWindow::RefreshMonitors() {
+  // One entry per screen, by its index, with what the system says of it.
   std::vector<std::string> items;
-  int i = 1;
+  int i = 0;
   for (QScreen* s : QGuiApplication::screens()) {
-    items.push_back(QStringLiteral("%1: %2 (%3x%4)")
+    items.push_back(QStringLiteral("Output to Monitor %1 %2 (%3x%4)")
                         .arg(i++)
                         .arg(s->name())
                         .arg(s->geometry().width())

@@ -15,7 +15,8 @@ class MainWindow final : public QMainWindow {
 
  public:
   explicit MainWindow(frmMain& form, QWidget* parent = nullptr);
-  // Lists the screens in cboMonitors as "1: NAME (WxH)".
+  // Lists the screens in cboMonitors as "Output to Monitor 0 NAME (WxH)", the first selected unless
+  // another still exists.
   void RefreshMonitors();
   // Shows a frame of the output in the preview panel, scaled to fit.
   void ShowPreview(const QImage& frame);

@@ -30,7 +30,8 @@ QSurfaceFormat OutputFormat() {
 
 }  // namespace
 
-frmDisplay::frmDisplay() {
+frmDisplay::frmDisplay(clsText& text, std::string applicationFolder)
+    : directx_(text), applicationFolder_(std::move(applicationFolder)) {
   setObjectName("frmDisplay");
   setSurfaceType(QSurface::OpenGLSurface);
   setFormat(OutputFormat());
@@ -122,19 +123,14 @@ bool frmDisplay::MakeDevice(int width, int height, std::string& reason) {
     return false;
   }
   device_ = CreateDeviceOnCurrentContext(width, height, reason);
+  if (device_ && !directx_.Initialize(device_.get(), applicationFolder_, reason)) device_.reset();
   return device_ != nullptr;
 }
 
-void frmDisplay::BeginFrame(std::int32_t backgroundColor) {
-  if (!device_ || !MakeCurrent()) return;
-  device_->BeginScene();
-  const auto c = static_cast<std::uint32_t>(backgroundColor);
-  device_->Clear(0xFF000000u | ((c & 0xFFu) << 16) | (c & 0xFF00u) | ((c >> 16) & 0xFFu));
-}
+bool frmDisplay::BeginFrame() { return device_ && MakeCurrent(); }
 
 void frmDisplay::EndFrame() {
   if (!device_ || !MakeCurrent()) return;
-  device_->EndScene();
   if (!grabPath_.isEmpty()) {
     // Ctrl+S: this frame, read back now; encoding the PNG takes longer than a frame, so it is
     // done beside the loop, and the file is written whole or not at all.
@@ -146,17 +142,20 @@ void frmDisplay::EndFrame() {
     }).detach();
     grabPath_.clear();
   }
-  device_->Present(static_cast<int>(width() * devicePixelRatio()), static_cast<int>(height() * devicePixelRatio()),
-                   context_->defaultFramebufferObject());
+  const QSize pixels = size() * devicePixelRatio();
+  device_->Present(pixels.width(), pixels.height(), context_->defaultFramebufferObject());
+  if (const int number = IdentifyNumber ? IdentifyNumber() : -1; number >= 0) identify_.Paint(pixels, number);
   context_->swapBuffers(this);
 }
 
 void frmDisplay::DestroyContext() {
   // The device's objects belong to the context: free them while it is current.
   if (context_ && context_->makeCurrent(this)) {
+    directx_.Destroy();
     device_.reset();
     context_->doneCurrent();
   }
+  directx_.Destroy();
   device_.reset();
   context_.reset();
 }
@@ -232,9 +231,7 @@ void DisplayOutput::DestroyDevice() {
   if (window_) window_->DestroyContext();
 }
 
-void DisplayOutput::BeginFrame(std::int32_t backgroundColor) {
-  if (window_) window_->BeginFrame(backgroundColor);
-}
+bool DisplayOutput::BeginFrame() { return window_ && window_->BeginFrame(); }
 
 void DisplayOutput::EndFrame() {
   if (window_) window_->EndFrame();

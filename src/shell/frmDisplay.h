@@ -7,6 +7,8 @@
 
 #include "core/OutputWindow.h"
 #include "render/RenderDevice.h"
+#include "render/clsDirectx.h"
+#include "shell/CloneDisplay.h"
 
 class QOpenGLContext;
 
@@ -19,20 +21,26 @@ class frmDisplay final : public QWindow {
   Q_OBJECT
 
  public:
-  frmDisplay();
+  // `text` and the application folder serve the render object made with the device.
+  frmDisplay(clsText& text, std::string applicationFolder);
   ~frmDisplay() override;
 
   bool MakeContext(std::string& reason);
   // The render device on the window's context, with a back buffer of the output size.
   bool MakeDevice(int width, int height, std::string& reason);
   RenderDevice* Device() { return device_.get(); }
+  // The render object of this playback; nullptr until the device is made.
+  clsDirectx* Directx() { return device_ ? &directx_ : nullptr; }
+  QOpenGLContext* Context() { return context_.get(); }
   void PaintCountdown(int number);
-  void BeginFrame(std::int32_t backgroundColor);
+  bool BeginFrame();
   void EndFrame();
   void DestroyContext();
   // The next presented frame is read back and written to `path` as PNG on a worker thread.
   void GrabNextFrame(const QString& path) { grabPath_ = path; }
   QTimer& TimerRender() { return timer_; }
+  // The number the output shows while the outputs identify themselves; below 0 for none.
+  std::function<int()> IdentifyNumber;
 
  signals:
   // Keys and clicks are handed on queued: what they do may close this very window.
@@ -48,8 +56,11 @@ class frmDisplay final : public QWindow {
   bool MakeCurrent();
   std::unique_ptr<QOpenGLContext> context_;
   std::unique_ptr<RenderDevice> device_;
+  clsDirectx directx_;
+  std::string applicationFolder_;
   QTimer timer_;
   QString grabPath_;
+  IdentifyPainter identify_;
 };
 
 // frmDisplay as the engine's output window. Owns the window and lets Qt delete it once the
@@ -62,7 +73,7 @@ class DisplayOutput final : public OutputWindow {
   void PaintCountdown(int number) override;
   bool InitializeDevice(std::string& reason) override;
   void DestroyDevice() override;
-  void BeginFrame(std::int32_t backgroundColor) override;
+  bool BeginFrame() override;
   void EndFrame() override;
   RenderDevice* Device() override;
   void SaveFrame(const std::string& path) override;

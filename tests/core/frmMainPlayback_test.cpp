@@ -22,7 +22,10 @@ struct FakeOutput final : OutputWindow {
     return deviceWorks;
   }
   void DestroyDevice() override { log.push_back("destroy"); }
-  void BeginFrame(std::int32_t colour) override { log.push_back("frame " + std::to_string(colour)); }
+  bool BeginFrame() override {
+    log.push_back("frame");
+    return true;
+  }
   void EndFrame() override { log.push_back("present"); }
   RenderDevice* Device() override { return nullptr; }
   void SaveFrame(const std::string& path) override { log.push_back("save " + path); }
@@ -71,7 +74,7 @@ TEST_F(PlaybackTest, StartCountsDownMakesTheDeviceAndStopUndoesItInOrder) {
 
   form.TimerRender();
   EXPECT_EQ(log.back(), "present");
-  EXPECT_EQ(log[log.size() - 2], "frame " + std::to_string(0x00102030));
+  EXPECT_EQ(log[log.size() - 2], "frame");
 
   log.clear();
   model.Press(p.CmdStop, Origin::Widget);
@@ -207,6 +210,23 @@ TEST_F(PlaybackTest, OutputKeysReachTheirControls) {
   form.HotKey(OutputKey::Stop);
   EXPECT_FALSE(form.Running());
   EXPECT_EQ(ControlModel::Value(p.cmdFullScreen), 0);  // the output is gone, so is full screen
+}
+
+// The size is read in any case and with blanks around the numbers; an entry that does not read is
+// told, and the last good size stands.
+TEST_F(PlaybackTest, TheResolutionReadsLooselyAndABadEntryChangesNothing) {
+  EXPECT_EQ(frmMain::ParseResolution("800X600"), (std::pair<int, int>{800, 600}));
+  EXPECT_EQ(frmMain::ParseResolution(" 800 x 600 "), (std::pair<int, int>{800, 600}));
+  for (const char* bad : {"axb", "800", "800x", "x600", "800x600x2", "0x600", "big"})
+    EXPECT_FALSE(frmMain::ParseResolution(bad)) << bad;
+
+  model.SetText(p.cboResolution, "1920X1080");
+  EXPECT_TRUE(form.Resolution());
+  model.SetText(p.cboResolution, "wide");
+  EXPECT_FALSE(form.Resolution());
+  EXPECT_EQ(msg.shown.back(), std::string(frmMain::kResolutionMessage));
+  EXPECT_EQ(form.OutputWidth, 1920);
+  EXPECT_EQ(form.OutputHeight, 1080);
 }
 
 }  // namespace

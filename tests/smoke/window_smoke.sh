@@ -1,9 +1,12 @@
 #!/usr/bin/env bash
-# Starts the real program under a virtual display, plays through the command line, takes a
-# screenshot of the output, stops with Escape on the output window and quits with a terminate
-# signal, which must end the program cleanly with exit code 0.
+# Starts the real program under a virtual display on a demo show, plays through the command line,
+# takes a screenshot of the output window and checks that the texts are where the show puts them,
+# saves a frame with Ctrl+S, opens a clone output, stops with Escape on the output window and quits
+# with a terminate signal, which must end the program cleanly with exit code 0.
 set -euo pipefail
 program=$1
+here=$(cd "$(dirname "$0")" && pwd)
+resources=$(cd "$here/../../resources" && pwd)
 work=$(mktemp -d)
 xvfb_pid=""
 app_pid=""
@@ -26,6 +29,14 @@ mkdir -m 700 "$XDG_RUNTIME_DIR"
 # Mesa and the toolkits keep caches that are not ours to hunt as leaks.
 export ASAN_OPTIONS="${ASAN_OPTIONS:-}:detect_leaks=0"
 
+# The demo show as the factory show: the command line starts playback on it. The output count
+# comes from the number of entries in the clone positions file, the main output among them: two
+# entries make one clone.
+mkdir -p "$work/app"
+cp "$resources/Demo Counters.xml" "$work/app/Reset.xml"
+cat >"$work/app/LastOutputPosition.LMVNUIP" <<'XML'
+<UIPosition><Form><Name>frmDisplay</Name><Top>600</Top><Left>700</Left><Width>320</Width><Height>240</Height><Visible>1</Visible><CloneRenderTargetIndex>1</CloneRenderTargetIndex><MirrorX>X</MirrorX><MirrorY></MirrorY></Form><Form><Name>frmDisplay</Name><Top>0</Top><Left>0</Left><Width>320</Width><Height>240</Height><Visible>1</Visible><CloneRenderTargetIndex>2</CloneRenderTargetIndex><MirrorX></MirrorX><MirrorY></MirrorY></Form></UIPosition>
+XML
 "$program" --app-folder "$work/app" ";;1;640x480" >"$work/app.log" 2>&1 &
 app_pid=$!
 
@@ -44,9 +55,13 @@ output_gone() { ! xdotool search --name '^Lumivane Output$'; }
 wait_for 20 output_open || fail "no output window"
 wait_for 20 playing || fail "playback did not start (no frame rate in the caption)"
 
-xwd -root -silent -out "$work/screen.xwd" || fail "no screenshot"
-[ -s "$work/screen.xwd" ] || fail "empty screenshot"
-if [ -n "${SMOKE_SCREENSHOT:-}" ]; then cp "$work/screen.xwd" "$SMOKE_SCREENSHOT"; fi
+clone_open() { xdotool search --name '^Lumivane Clone 1$'; }
+wait_for 10 clone_open || fail "the clone output did not open"
+sleep 1  # a few frames
+output=$(xdotool search --name '^Lumivane Output$' | head -n 1)
+xwd -id "$output" -silent -out "$work/output.xwd" || fail "no screenshot of the output window"
+if [ -n "${SMOKE_SCREENSHOT:-}" ]; then cp "$work/output.xwd" "$SMOKE_SCREENSHOT"; fi
+python3 "$here/check_output.py" "$work/output.xwd" || fail "the output does not show the show"
 
 # Ctrl+S on the output saves the frame as a PNG in the application folder.
 shot="$work/app/Screenshots/frame_00001.png"

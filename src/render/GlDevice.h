@@ -1,0 +1,172 @@
+#pragma once
+// The OpenGL 3.3 core device: on an EGL context without a surface (headless), or on a window's.
+// Internal to the render library; everything else sees RenderDevice.
+
+#include <epoxy/egl.h>
+#include <epoxy/gl.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "render/GlFrameReader.h"
+#include "render/RenderDevice.h"
+
+namespace lumivane {
+
+class GlDevice final : public RenderDevice {
+ public:
+  GlDevice(int width, int height) : width_(width), height_(height) {}
+  ~GlDevice() override;
+
+  // Makes an EGL context without a surface and the device on it.
+  bool InitializeHeadless(std::string& error);
+  // Makes the device on the context current now (a window's).
+  bool InitializeGl(std::string& error);
+
+  int BackBufferWidth() const noexcept override { return width_; }
+  int BackBufferHeight() const noexcept override { return height_; }
+  DeviceCaps Caps() const override { return caps_; }
+  std::string Renderer() const override { return renderer_; }
+
+  void BeginScene() override;
+  void EndScene() override;
+  void Clear(std::uint32_t color, bool zBuffer) override;
+
+  void SetRenderState(RenderState state, std::uint32_t value) override;
+  std::uint32_t GetRenderState(RenderState state) const override;
+  void SetTextureStageState(TextureStageState state, std::uint32_t value) override;
+  std::uint32_t GetTextureStageState(TextureStageState state) const override;
+  void SetTransform(TransformState state, const Matrix& matrix) override;
+  void SetTexture(TextureId texture) override;
+  void SetVertexShader(VertexFormat format) override;
+  void DrawPrimitiveUP(PrimitiveType type, std::uint32_t primitiveCount, const void* vertices,
+                       std::uint32_t stride) override;
+
+  TextureId CreateTexture(int width, int height, TextureFormat format, bool renderTarget) override;
+  TextureId CreateTextureFromImage(const TextureImage& image) override;
+  void UpdateTexture(TextureId texture, int x, int y, int width, int height, const void* pixels,
+                     std::ptrdiff_t stride) override;
+  bool GetDesc(TextureId texture, TextureDesc& desc) const override;
+  void ReleaseTexture(TextureId texture) override;
+  bool BeginRenderToTexture(TextureId texture) override;
+  void EndRenderToTexture() override;
+  void CopyBackBufferToTexture(TextureId texture, int sourceX, int sourceY, int width, int height, int x,
+                               int y) override;
+  void StretchBackBufferToTexture(TextureId texture, const BlitSource& source) override;
+
+  void Present(int targetWidth, int targetHeight, std::uint32_t targetFramebuffer, const BlitSource& source) override;
+  void QueueReadBack() override;
+  bool TakeReadBack(const FrameSink& sink) override;
+  bool FlushReadBack(const FrameSink& sink) override;
+  bool ReadBackNow(const FrameSink& sink) override;
+  bool ReadTexture(TextureId texture, const FrameSink& sink) override;
+
+ private:
+  static constexpr int kBackBuffers = 2;
+
+  struct Texture {
+    GLuint name = 0;
+    GLuint framebuffer = 0;  // made when first rendered to or stretched into
+    int width = 0, height = 0;
+    TextureFormat format = TextureFormat::A8R8G8B8;
+    bool renderTarget = false;
+  };
+  // What draws go to: a back buffer or a texture.
+  struct Target {
+    GLuint framebuffer = 0;
+    int width = 0, height = 0;
+    bool alpha = false;  // a back buffer keeps its alpha at 1
+  };
+  // A shader program for one combination of vertex layout and stage-0 operations.
+  struct Program {
+    GLuint name = 0;
+    GLint viewport = -1, transform = -1, factor = -1;
+  };
+  // The state a draw is made under; draws under equal state are batched.
+  struct DrawState {
+    std::uint32_t render[144] = {};
+    std::uint32_t stage[19] = {};
+    TextureId texture = 0;
+    VertexFormat format = VertexFormat::TL;
+  };
+  // A frame queued for read back: which back buffer holds it, and whether it has been copied out.
+  struct QueuedFrame {
+    int buffer = 0;
+    bool copied = false;
+  };
+
+  bool MakeContext(EGLDisplay display, std::string& error);
+  bool MakeBackBuffers(std::string& error);
+  void ResetState();
+  const Texture* Find(TextureId id) const;
+  Texture* Find(TextureId id);
+  GLuint FramebufferOf(Texture& texture);
+  const Target& CurrentTarget() const { return renderingToTexture_ ? textureTarget_ : backBuffers_[current_]; }
+  // Draws what is batched; every operation other than a draw calls it first.
+  void Flush();
+  void ApplyState(const Target& target);
+  const Program* ProgramFor(const DrawState& state);
+  // A frame that begins without a clear inherits the last frame's pixels, as a single back buffer
+  // would keep them.
+  void Carry();
+  // The reader may still be copying the back buffer a new frame is about to draw into.
+  void ClaimBackBuffer();
+  void CopyOut(QueuedFrame& frame);
+  bool Deliver(QueuedFrame& frame, const FrameSink& sink);
+  void BlitBackBuffer(GLuint framebuffer, int x0, int y0, int x1, int y1, const BlitSource& source);
+
+  int width_;
+  int height_;
+  EGLDisplay display_ = EGL_NO_DISPLAY;
+  EGLContext context_ = EGL_NO_CONTEXT;
+  std::string renderer_;
+  DeviceCaps caps_;
+  bool ready_ = false;
+  // A software renderer copies at glReadPixels time: the copy of a frame waits until the next one
+  // has been handed to its threads. A GPU copies asynchronously: right away.
+  bool softwareRenderer_ = false;
+
+  Target backBuffers_[kBackBuffers];
+  GLuint backBufferTextures_[kBackBuffers] = {0, 0};
+  GLuint depth_ = 0;
+  GLuint pixelBuffers_[kBackBuffers] = {0, 0};
+  int current_ = 0;
+  bool carryPending_ = false;
+  bool depthClearPending_ = false;
+  QueuedFrame queue_[kBackBuffers];
+  int queued_ = 0;
+  std::unique_ptr<GlFrameReader> reader_;  // headless on a software renderer
+  bool claimPending_ = false;
+  bool frameCleared_ = false;      // this frame began with a clear of the back buffer
+  std::uint32_t clearColor_ = 0;   // the last clear colour of the back buffer
+  std::uint32_t preCleared_ = 0;   // the colour the reader filled the current buffer with; 0 none
+  std::vector<std::uint8_t> readNow_;
+
+  bool renderingToTexture_ = false;
+  Target textureTarget_;
+
+  std::vector<Texture> textures_;  // by id - 1; a released slot has name 0
+  std::vector<TextureId> freeTextures_;
+
+  DrawState state_;       // as set
+  DrawState batchState_;  // what the batch is drawn under
+  Matrix world_, view_, projection_;
+  bool transformChanged_ = true;
+  std::unordered_map<std::uint64_t, Program> programs_;
+  const Program* program_ = nullptr;
+  GLuint vertexArrays_[3] = {0, 0, 0};
+  GLuint vertexBuffer_ = 0;
+  GLuint sampler_ = 0;
+  bool glStateValid_ = false;
+  GLuint boundFramebuffer_ = 0;
+
+  // The batch: vertices of consecutive triangle lists under one state.
+  std::vector<std::uint8_t> batch_;
+  std::uint32_t batchVertices_ = 0;
+  PrimitiveType batchType_ = PrimitiveType::TriangleList;
+};
+
+}  // namespace lumivane

@@ -1,0 +1,398 @@
+// The device's drawing: render and stage states, shader programs made for each combination of
+// vertex layout and stage operations, and batched draws from client vertex lists.
+#include <cstring>
+#include <string>
+
+#include "render/GlDevice.h"
+
+namespace lumivane {
+
+namespace {
+
+constexpr std::uint32_t kRenderStates = 144, kStageStates = 19;
+
+std::uint32_t FormatSize(VertexFormat format) {
+  switch (format) {
+    case VertexFormat::TL: return sizeof(TLVERTEX);
+    case VertexFormat::L: return sizeof(LVERTEX);
+    case VertexFormat::Line: return sizeof(LINEVERTEX);
+  }
+  return 0;
+}
+
+int FormatSlot(VertexFormat format) { return format == VertexFormat::TL ? 0 : format == VertexFormat::L ? 1 : 2; }
+
+// The GL factor of a blend code.
+GLenum BlendFactor(std::uint32_t code) {
+  switch (code) {
+    case 1: return GL_ZERO;
+    case 3: return GL_SRC_COLOR;
+    case 4: return GL_ONE_MINUS_SRC_COLOR;
+    case 5: return GL_SRC_ALPHA;
+    case 6: return GL_ONE_MINUS_SRC_ALPHA;
+    case 7: return GL_DST_ALPHA;
+    case 8: return GL_ONE_MINUS_DST_ALPHA;
+    case 9: return GL_DST_COLOR;
+    case 10: return GL_ONE_MINUS_DST_COLOR;
+    case 11: return GL_SRC_ALPHA_SATURATE;
+    default: return GL_ONE;
+  }
+}
+
+GLenum DepthFunction(std::uint32_t code) {
+  switch (code) {
+    case 1: return GL_NEVER;
+    case 2: return GL_LESS;
+    case 3: return GL_EQUAL;
+    case 5: return GL_GREATER;
+    case 6: return GL_NOTEQUAL;
+    case 7: return GL_GEQUAL;
+    case 8: return GL_ALWAYS;
+    default: return GL_LEQUAL;
+  }
+}
+
+GLint Address(std::uint32_t code) {
+  switch (code) {
+    case 2:
+    case 5: return GL_MIRRORED_REPEAT;
+    case 3: return GL_CLAMP_TO_EDGE;
+    case 4: return GL_CLAMP_TO_BORDER;
+    default: return GL_REPEAT;
+  }
+}
+
+// One stage argument as a GLSL vec4: diffuse, current (the diffuse colour at the first stage),
+// texture or texture factor, optionally complemented and alpha-replicated.
+std::string Argument(std::uint32_t code) {
+  std::string base = (code & 0xF) == 2 ? "t" : (code & 0xF) == 3 ? "factor" : "d";
+  if (code & 0x10) base = "(vec4(1.0) - " + base + ")";
+  if (code & 0x20) base = "vec4(" + base + ".a)";
+  return base;
+}
+
+std::string Operation(std::uint32_t op, std::uint32_t arg1, std::uint32_t arg2) {
+  const std::string a = Argument(arg1), b = Argument(arg2);
+  switch (op) {
+    case 1: return "d";
+    case 2: return a;
+    case 3: return b;
+    case 5: return a + " * " + b + " * 2.0";
+    case 6: return a + " * " + b + " * 4.0";
+    case 7: return a + " + " + b;
+    case 8: return a + " + " + b + " - vec4(0.5)";
+    case 9: return "(" + a + " + " + b + " - vec4(0.5)) * 2.0";
+    case 10: return a + " - " + b;
+    case 11: return a + " + " + b + " - " + a + " * " + b;
+    case 24: return "vec4(clamp(dot((" + a + ".rgb - 0.5) * 2.0, (" + b + ".rgb - 0.5) * 2.0), 0.0, 1.0))";
+    default: return a + " * " + b;
+  }
+}
+
+GLuint Compile(GLenum kind, const std::string& source) {
+  const GLuint shader = glCreateShader(kind);
+  const char* text = source.c_str();
+  glShaderSource(shader, 1, &text, nullptr);
+  glCompileShader(shader);
+  GLint ok = GL_FALSE;
+  glGetShaderiv(shader, GL_COMPILE_STATUS, &ok);
+  if (ok != GL_TRUE) {
+    glDeleteShader(shader);
+    return 0;
+  }
+  return shader;
+}
+
+}  // namespace
+
+void RenderDevice::SetBlend(int sourceCode, int destinationCode) {
+  const bool on = sourceCode != 0 && destinationCode != 0;
+  SetRenderState(RenderState::ALPHABLENDENABLE, on ? 1 : 0);
+  if (!on) return;
+  SetRenderState(RenderState::SRCBLEND, static_cast<std::uint32_t>(sourceCode));
+  SetRenderState(RenderState::DESTBLEND, static_cast<std::uint32_t>(destinationCode));
+}
+
+void GlDevice::ResetState() {
+  DrawState& s = state_;
+  std::memset(s.render, 0, sizeof s.render);
+  std::memset(s.stage, 0, sizeof s.stage);
+  auto render = [&](RenderState r, std::uint32_t v) { s.render[static_cast<std::uint32_t>(r)] = v; };
+  auto stage = [&](TextureStageState t, std::uint32_t v) { s.stage[static_cast<std::uint32_t>(t)] = v; };
+  render(RenderState::ZENABLE, 0);
+  render(RenderState::FILLMODE, 3);
+  render(RenderState::SHADEMODE, 2);
+  render(RenderState::ZWRITEENABLE, 1);
+  render(RenderState::SRCBLEND, 2);
+  render(RenderState::DESTBLEND, 1);
+  render(RenderState::CULLMODE, 3);
+  render(RenderState::ZFUNC, 4);
+  render(RenderState::TEXTUREFACTOR, 0xFFFFFFFFu);
+  render(RenderState::LIGHTING, 1);
+  stage(TextureStageState::COLOROP, 4);
+  stage(TextureStageState::COLORARG1, 2);
+  stage(TextureStageState::COLORARG2, 1);
+  stage(TextureStageState::ALPHAOP, 2);
+  stage(TextureStageState::ALPHAARG1, 2);
+  stage(TextureStageState::ALPHAARG2, 1);
+  stage(TextureStageState::ADDRESSU, 1);
+  stage(TextureStageState::ADDRESSV, 1);
+  stage(TextureStageState::MAGFILTER, 1);
+  stage(TextureStageState::MINFILTER, 1);
+  s.texture = 0;
+  s.format = VertexFormat::TL;
+}
+
+void GlDevice::SetRenderState(RenderState state, std::uint32_t value) {
+  const auto i = static_cast<std::uint32_t>(state);
+  if (i < kRenderStates) state_.render[i] = value;
+}
+
+std::uint32_t GlDevice::GetRenderState(RenderState state) const {
+  const auto i = static_cast<std::uint32_t>(state);
+  return i < kRenderStates ? state_.render[i] : 0;
+}
+
+void GlDevice::SetTextureStageState(TextureStageState state, std::uint32_t value) {
+  const auto i = static_cast<std::uint32_t>(state);
+  if (i < kStageStates) state_.stage[i] = value;
+}
+
+std::uint32_t GlDevice::GetTextureStageState(TextureStageState state) const {
+  const auto i = static_cast<std::uint32_t>(state);
+  return i < kStageStates ? state_.stage[i] : 0;
+}
+
+void GlDevice::SetTransform(TransformState state, const Matrix& matrix) {
+  if (batchVertices_ > 0 && batchState_.format != VertexFormat::TL) Flush();  // the batch is drawn with the old matrices
+  switch (state) {
+    case TransformState::World: world_ = matrix; break;
+    case TransformState::View: view_ = matrix; break;
+    case TransformState::Projection: projection_ = matrix; break;
+  }
+  transformChanged_ = true;
+}
+
+void GlDevice::SetTexture(TextureId texture) {
+  if (texture != 0 && Find(texture) == nullptr) texture = 0;  // a released texture draws as none
+  state_.texture = texture;
+}
+
+void GlDevice::SetVertexShader(VertexFormat format) { state_.format = format; }
+
+void GlDevice::DrawPrimitiveUP(PrimitiveType type, std::uint32_t primitiveCount, const void* vertices,
+                               std::uint32_t stride) {
+  if (!ready_ || vertices == nullptr || stride != FormatSize(state_.format)) return;
+  const std::uint32_t count = VertexCount(type, primitiveCount);
+  if (count == 0 || count > static_cast<std::uint32_t>(caps_.MaxVertexCount) * 16u) return;
+  // States are compared when drawing, not when set: a state changed and set back does not split a batch.
+  if (batchVertices_ > 0 && (type != PrimitiveType::TriangleList || batchType_ != PrimitiveType::TriangleList ||
+                             std::memcmp(&batchState_, &state_, sizeof state_) != 0))
+    Flush();
+  if (batchVertices_ == 0) batchState_ = state_;
+  const auto* bytes = static_cast<const std::uint8_t*>(vertices);
+  batch_.insert(batch_.end(), bytes, bytes + static_cast<std::size_t>(count) * stride);
+  batchVertices_ += count;
+  batchType_ = type;
+  if (type != PrimitiveType::TriangleList) Flush();  // strips and lines cannot be joined
+}
+
+const GlDevice::Program* GlDevice::ProgramFor(const DrawState& s) {
+  const bool textured = s.texture != 0;
+  const bool pretransformed = s.format == VertexFormat::TL;
+  const bool specular = s.render[static_cast<std::uint32_t>(RenderState::SPECULARENABLE)] != 0 &&
+                        s.format != VertexFormat::Line;
+  const bool flat = s.render[static_cast<std::uint32_t>(RenderState::SHADEMODE)] == 1;
+  auto stage = [&](TextureStageState t) { return s.stage[static_cast<std::uint32_t>(t)] & 0x3F; };
+  std::uint64_t key = (pretransformed ? 1u : 0u) | (specular ? 2u : 0u) | (flat ? 4u : 0u) | (textured ? 8u : 0u);
+  if (textured) {
+    // Without a texture the stage passes the diffuse colour on, whatever its operations.
+    int shift = 4;
+    for (TextureStageState t : {TextureStageState::COLOROP, TextureStageState::COLORARG1, TextureStageState::COLORARG2,
+                                TextureStageState::ALPHAOP, TextureStageState::ALPHAARG1, TextureStageState::ALPHAARG2}) {
+      key |= static_cast<std::uint64_t>(stage(t)) << shift;
+      shift += 6;
+    }
+  }
+  if (auto it = programs_.find(key); it != programs_.end()) return &it->second;
+
+  const std::string interpolation = flat ? "flat " : "";
+  std::string vertex = "#version 330 core\n"
+                       "layout(location = 0) in vec4 position;\n"
+                       "layout(location = 1) in vec4 diffuse;\n"
+                       "layout(location = 2) in vec4 specular;\n"
+                       "layout(location = 3) in vec2 texel;\n"
+                       "uniform vec2 viewport;\n"
+                       "uniform mat4 transform;\n" +
+                       interpolation + "out vec4 vDiffuse;\n" + interpolation +
+                       "out vec4 vSpecular;\n"
+                       "out vec2 vTexel;\n"
+                       "void main() {\n"
+                       "  vDiffuse = diffuse;\n"
+                       "  vSpecular = specular;\n"
+                       "  vTexel = texel;\n";
+  if (pretransformed) {
+    // Pixels of the target, row 0 at the top (which is the target's first row).
+    vertex += "  float w = position.w != 0.0 ? 1.0 / position.w : 1.0;\n"
+              "  gl_Position = vec4((position.x / viewport.x * 2.0 - 1.0) * w, (position.y / viewport.y * 2.0 - 1.0) * w,\n"
+              "                     (position.z * 2.0 - 1.0) * w, w);\n";
+  } else {
+    // Row vectors times the matrix, as uploaded; depth 0..1 to GL's -1..1, and the picture's top
+    // to the target's first row.
+    vertex += "  vec4 p = transform * vec4(position.xyz, 1.0);\n"
+              "  gl_Position = vec4(p.x, -p.y, p.z * 2.0 - p.w, p.w);\n";
+  }
+  vertex += "}\n";
+  std::string fragment = "#version 330 core\n"
+                         "uniform sampler2D picture;\n"
+                         "uniform vec4 factor;\n" +
+                         interpolation + "in vec4 vDiffuse;\n" + interpolation +
+                         "in vec4 vSpecular;\n"
+                         "in vec2 vTexel;\n"
+                         "out vec4 fragment;\n"
+                         "void main() {\n"
+                         "  vec4 d = vDiffuse;\n";
+  if (textured) {
+    fragment += "  vec4 t = texture(picture, vTexel);\n";
+    fragment += "  vec3 c = (" + Operation(stage(TextureStageState::COLOROP), stage(TextureStageState::COLORARG1),
+                                         stage(TextureStageState::COLORARG2)) + ").rgb;\n";
+    fragment += "  float a = (" + Operation(stage(TextureStageState::ALPHAOP), stage(TextureStageState::ALPHAARG1),
+                                          stage(TextureStageState::ALPHAARG2)) + ").a;\n";
+  } else {
+    fragment += "  vec3 c = d.rgb;\n  float a = d.a;\n";
+  }
+  if (specular) fragment += "  c += vSpecular.rgb;\n";
+  fragment += "  fragment = clamp(vec4(c, a), 0.0, 1.0);\n}\n";
+
+  Program program;
+  const GLuint vs = Compile(GL_VERTEX_SHADER, vertex);
+  const GLuint fs = Compile(GL_FRAGMENT_SHADER, fragment);
+  if (vs != 0 && fs != 0) {
+    program.name = glCreateProgram();
+    glAttachShader(program.name, vs);
+    glAttachShader(program.name, fs);
+    glLinkProgram(program.name);
+    GLint linked = GL_FALSE;
+    glGetProgramiv(program.name, GL_LINK_STATUS, &linked);
+    if (linked != GL_TRUE) {
+      glDeleteProgram(program.name);
+      program.name = 0;
+    } else {
+      program.viewport = glGetUniformLocation(program.name, "viewport");
+      program.transform = glGetUniformLocation(program.name, "transform");
+      program.factor = glGetUniformLocation(program.name, "factor");
+      glUseProgram(program.name);
+      glUniform1i(glGetUniformLocation(program.name, "picture"), 0);
+    }
+  }
+  if (vs != 0) glDeleteShader(vs);
+  if (fs != 0) glDeleteShader(fs);
+  return &(programs_[key] = program);
+}
+
+void GlDevice::ApplyState(const Target& target) {
+  const DrawState& s = batchState_;
+  auto render = [&](RenderState r) { return s.render[static_cast<std::uint32_t>(r)]; };
+  auto stage = [&](TextureStageState t) { return s.stage[static_cast<std::uint32_t>(t)]; };
+  glBindFramebuffer(GL_FRAMEBUFFER, target.framebuffer);
+  boundFramebuffer_ = target.framebuffer;
+  glViewport(0, 0, target.width, target.height);
+  glDisable(GL_SCISSOR_TEST);
+  glDisable(GL_STENCIL_TEST);
+  // A back buffer's alpha stays 1, as on an X8R8G8B8 buffer, which keeps DEST_ALPHA blending sane.
+  glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, target.alpha ? GL_TRUE : GL_FALSE);
+
+  if (render(RenderState::ALPHABLENDENABLE) != 0) {
+    GLenum source, destination;
+    const std::uint32_t src = render(RenderState::SRCBLEND);
+    if (src == 12) {  // both factors from the source alpha
+      source = GL_SRC_ALPHA;
+      destination = GL_ONE_MINUS_SRC_ALPHA;
+    } else if (src == 13) {
+      source = GL_ONE_MINUS_SRC_ALPHA;
+      destination = GL_SRC_ALPHA;
+    } else {
+      source = BlendFactor(src);
+      const std::uint32_t dst = render(RenderState::DESTBLEND);
+      destination = dst == 11 ? GL_ONE : BlendFactor(dst);  // saturate is a source factor only
+    }
+    glEnable(GL_BLEND);
+    glBlendFunc(source, destination);
+  } else {
+    glDisable(GL_BLEND);
+  }
+
+  // Clockwise as the screen shows it (rows down) is counter-clockwise to GL, whose rows go up.
+  switch (render(RenderState::CULLMODE)) {
+    case 1: glDisable(GL_CULL_FACE); break;
+    case 2:
+      glEnable(GL_CULL_FACE);
+      glFrontFace(GL_CW);
+      glCullFace(GL_BACK);
+      break;
+    default:
+      glEnable(GL_CULL_FACE);
+      glFrontFace(GL_CCW);
+      glCullFace(GL_BACK);
+      break;
+  }
+  const std::uint32_t fill = render(RenderState::FILLMODE);
+  glPolygonMode(GL_FRONT_AND_BACK, fill == 1 ? GL_POINT : fill == 2 ? GL_LINE : GL_FILL);
+
+  if (render(RenderState::ZENABLE) != 0) {
+    if (depthClearPending_ && !renderingToTexture_) {
+      glDepthMask(GL_TRUE);
+      glStencilMask(0xFF);
+      glClearDepth(1.0);
+      glClearStencil(0);
+      glClear(GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
+      depthClearPending_ = false;
+    }
+    glEnable(GL_DEPTH_TEST);
+    glDepthFunc(DepthFunction(render(RenderState::ZFUNC)));
+    glDepthMask(render(RenderState::ZWRITEENABLE) != 0 ? GL_TRUE : GL_FALSE);
+  } else {
+    glDisable(GL_DEPTH_TEST);
+  }
+
+  program_ = ProgramFor(s);
+  if (program_->name == 0) return;
+  glUseProgram(program_->name);
+  glUniform2f(program_->viewport, static_cast<float>(target.width), static_cast<float>(target.height));
+  if (s.format != VertexFormat::TL) {
+    const Matrix wvp = world_ * view_ * projection_;
+    glUniformMatrix4fv(program_->transform, 1, GL_FALSE, &wvp.m[0][0]);
+  }
+  const std::uint32_t f = render(RenderState::TEXTUREFACTOR);
+  glUniform4f(program_->factor, static_cast<float>((f >> 16) & 0xFF) / 255.0f, static_cast<float>((f >> 8) & 0xFF) / 255.0f,
+              static_cast<float>(f & 0xFF) / 255.0f, static_cast<float>(f >> 24) / 255.0f);
+  glActiveTexture(GL_TEXTURE0);
+  const Texture* texture = Find(s.texture);
+  glBindTexture(GL_TEXTURE_2D, texture != nullptr ? texture->name : 0);
+  glBindSampler(0, sampler_);
+  glSamplerParameteri(sampler_, GL_TEXTURE_MAG_FILTER, stage(TextureStageState::MAGFILTER) >= 2 ? GL_LINEAR : GL_NEAREST);
+  glSamplerParameteri(sampler_, GL_TEXTURE_MIN_FILTER, stage(TextureStageState::MINFILTER) >= 2 ? GL_LINEAR : GL_NEAREST);
+  glSamplerParameteri(sampler_, GL_TEXTURE_WRAP_S, Address(stage(TextureStageState::ADDRESSU)));
+  glSamplerParameteri(sampler_, GL_TEXTURE_WRAP_T, Address(stage(TextureStageState::ADDRESSV)));
+  glStateValid_ = true;
+}
+
+void GlDevice::Flush() {
+  if (batchVertices_ == 0) return;
+  const Target& target = CurrentTarget();
+  if (!renderingToTexture_) Carry();
+  ApplyState(target);
+  if (program_ != nullptr && program_->name != 0) {
+    glBindVertexArray(vertexArrays_[FormatSlot(batchState_.format)]);
+    glBindBuffer(GL_ARRAY_BUFFER, vertexBuffer_);
+    glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(batch_.size()), batch_.data(), GL_STREAM_DRAW);
+    const GLenum mode = batchType_ == PrimitiveType::TriangleList    ? GL_TRIANGLES
+                        : batchType_ == PrimitiveType::TriangleStrip ? GL_TRIANGLE_STRIP
+                                                                     : GL_LINE_STRIP;
+    glDrawArrays(mode, 0, static_cast<GLsizei>(batchVertices_));
+  }
+  batch_.clear();
+  batchVertices_ = 0;
+}
+
+}  // namespace lumivane

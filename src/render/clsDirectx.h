@@ -1,0 +1,91 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "core/TextFrame.h"
+#include "core/TextPass.h"
+#include "render/RenderDevice.h"
+#include "render/TextDrawer.h"
+
+namespace lumivane {
+
+class clsText;
+class frmMain;
+
+// What frmMain.Render reads from the controls once a frame and hands to RenderFrame. The passes
+// that are not built yet add their values as they come.
+struct FrameArguments {
+  std::int32_t ClearColor = 0;     // picBackGroundColor's colour, program order
+  bool KeepPreviousFrame = false;  // the global that chkHoldBackground sets
+  TextFrameInput Text;
+  // The preview pane the text boxes are placed on; the flat texts scale from it to the back buffer.
+  int PreviewWidth = 480;
+  int PreviewHeight = 270;
+};
+
+// Reads what the frame depends on from the main form's controls, once.
+FrameArguments ReadFrameArguments(const frmMain& form);
+
+// The one render object of playback: the device's frame, in its fixed order of passes, and the
+// device facts the rest of the program asks for.
+class clsDirectx {
+ public:
+  // The back buffer keeps the display format; on this device that is X8R8G8B8.
+  static constexpr std::uint32_t kBackBufferFormat = static_cast<std::uint32_t>(TextureFormat::X8R8G8B8);
+
+  explicit clsDirectx(clsText& text);
+  ~clsDirectx();
+  clsDirectx(const clsDirectx&) = delete;
+  clsDirectx& operator=(const clsDirectx&) = delete;
+
+  // Takes the device made for the output (nullptr: frames still step every text, for the text log,
+  // but draw nothing). Turns lighting off and makes the feedback texture from "NoTexture.bmp" of the
+  // application folder at back buffer size. False with the reason when the device cannot serve.
+  bool Initialize(RenderDevice* device, const std::string& applicationFolder, std::string& error);
+  // Releases what the device holds for this object; the device itself belongs to its window.
+  void Destroy();
+  bool Running() const noexcept { return device_ != nullptr; }
+  RenderDevice* Device() noexcept { return device_; }
+
+  int BackBufferWidth() const noexcept { return device_ != nullptr ? device_->BackBufferWidth() : 0; }
+  int BackBufferHeight() const noexcept { return device_ != nullptr ? device_->BackBufferHeight() : 0; }
+  int BitDepth() const noexcept { return BitDepthOf(kBackBufferFormat); }
+  // 32 for the two 32-bit formats A8R8G8B8 and X8R8G8B8 (codes 21 and 22), else 24, also for
+  // formats that are really 16-bit.
+  static int BitDepthOf(std::uint32_t formatCode) noexcept { return formatCode == 21 || formatCode == 22 ? 32 : 24; }
+  // The capability lines, "\r\n" between them.
+  std::string GetDevicePropertyInfo() const;
+  static std::string DevicePropertyInfo(const DeviceCaps& caps);
+
+  // One whole frame, in the fixed order of passes. Never throws; a failing pass is simply missing.
+  void RenderFrame(const FrameArguments& args);
+  // Draws a multi-line text character by character, only the characters that lie on the back
+  // buffer. Answers the height of the last line.
+  float RenderVisibleText(const TextFont& font, float pixelSize, std::uint32_t color, std::string_view text,
+                          TextRect rect, std::uint32_t format);
+
+  // Told of every text and copy the flat pass draws (the headless text log).
+  std::function<void(std::int32_t index, std::int32_t copy, const TextFrame& frame)> TextDrawn;
+  // The end of the frame: show the back buffer (or queue it for read back), then feed the clones.
+  std::function<void()> Present;
+  std::function<void()> CloneRender;
+
+  TextureId FeedbackTexture() const noexcept { return feedbackTexture_; }
+  TextDrawer* Text() noexcept { return textDrawer_.get(); }
+
+ private:
+  // The flat texts, or the 3D texts drawn flat.
+  void DrawTexts(const FrameArguments& args, TextPass::Kind kind);
+
+  clsText& text_;
+  RenderDevice* device_ = nullptr;
+  std::unique_ptr<TextDrawer> textDrawer_;
+  TextPass textPass_;
+  TextureId feedbackTexture_ = 0;
+};
+
+}  // namespace lumivane

@@ -1,0 +1,47 @@
+#!/usr/bin/env python3
+"""Checks a window dump (xwd) of the output playing "Demo Counters.xml": white text inside the first
+text's box, yellow inside the second's, and no white anywhere else.
+Usage: check_output.py DUMP.xwd"""
+import struct
+import sys
+
+data = open(sys.argv[1], "rb").read()
+fields = struct.unpack(">25I", data[:100])
+header_size, width, height = fields[0], fields[4], fields[5]
+byte_order, bits_per_pixel, bytes_per_line, ncolors = fields[7], fields[11], fields[12], fields[19]
+if bits_per_pixel != 32:
+    sys.exit(f"check_output: {bits_per_pixel} bits a pixel, expected 32")
+pixels = data[header_size + ncolors * 12:]
+
+
+def rgb(x, y):
+    at = y * bytes_per_line + x * 4
+    b0, b1, b2, b3 = pixels[at:at + 4]
+    return (b2, b1, b0) if byte_order == 0 else (b1, b2, b3)
+
+
+# The boxes of the show, in the 480x270 pane, scaled to the window.
+sx, sy = width / 480.0, height / 270.0
+def box(left, top, right, bottom):
+    return (left * sx, top * sy, right * sx, bottom * sy)
+white_box, yellow_box = box(80, 40, 400, 120), box(80, 140, 400, 200)
+
+
+def inside(b, x, y):
+    return b[0] <= x < b[2] and b[1] <= y < b[3]
+
+
+white_in = white_out = yellow_in = 0
+for y in range(height):
+    for x in range(width):
+        r, g, b = rgb(x, y)
+        if r > 200 and g > 200 and b > 200:
+            if inside(white_box, x, y):
+                white_in += 1
+            else:
+                white_out += 1
+        elif r > 200 and g > 200 and b < 60 and inside(yellow_box, x, y):
+            yellow_in += 1
+print(f"check_output: {width}x{height}, white inside {white_in}, outside {white_out}, yellow inside {yellow_in}")
+if white_in < 100 or yellow_in < 100 or white_out > 0:
+    sys.exit("check_output: the texts are not where the show puts them")
