@@ -2,8 +2,7 @@
 # The render benchmark: a show of 32 counters changing every frame, played headless at 1920x1080
 # with every frame read back to memory (--out -), against FFmpeg's drawtext filter drawing the same
 # 32 strings on RGBA frames of the same size. Both run here, one after the other, REPEAT times
-# (default 3); the medians are printed. Both rates are frames over the whole process's wall time,
-# start-up included; the runner's own figure for its frame loop alone is printed beside it.
+# (default 3); the medians are printed.
 #   Usage: bench/render_vs_ffmpeg.sh LUMIVANE [FRAMES] [REPEAT] [WxH]
 set -euo pipefail
 lumivane=$1
@@ -31,23 +30,28 @@ done
 filters+="format=rgba"
 
 median() { sort -n | awk '{a[NR]=$1} END {print (NR % 2) ? a[(NR + 1) / 2] : (a[NR / 2] + a[NR / 2 + 1]) / 2}'; }
-rate() { awk -v s="$1" -v e="$2" -v n="$frames" 'BEGIN {printf "%.1f", n / (e - s)}'; }
-ours=(); loop=(); theirs=(); p99=()
+seconds() { local start end; start=$(date +%s.%N); "$@" >/dev/null 2>&1; end=$(date +%s.%N); awk -v s="$start" -v e="$end" 'BEGIN {print e - s}'; }
+ours_run() { "$lumivane" --headless "$work/counters.xml" --frames "$1" --size "$size" --out - --stats; }
+ffmpeg_run() {
+  ffmpeg -hide_banner -loglevel error -f lavfi -i "color=c=0x202020:s=${size}:r=60" -frames:v "$1" -vf "$filters" -f null -
+}
+# Rates over the whole process (start-up included), and the marginal rate: the frames a run of
+# twice as many frames adds, over the time they add, which leaves start-up out for both alike.
+ours=(); ours_marginal=(); theirs=(); theirs_marginal=(); p99=()
 for r in $(seq 1 "$repeat"); do
-  start=$(date +%s.%N)
-  stats=$("$lumivane" --headless "$work/counters.xml" --frames "$frames" --size "$size" --out - --stats 2>/dev/null)
-  end=$(date +%s.%N)
-  ours+=("$(rate "$start" "$end")")
-  loop+=("$(awk '/^fps /{print $2}' <<<"$stats")")
-  p99+=("$(awk '/^frame_ms_p99 /{print $2}' <<<"$stats")")
-  start=$(date +%s.%N)
-  ffmpeg -hide_banner -loglevel error -f lavfi -i "color=c=0x202020:s=${size}:r=60" -frames:v "$frames" \
-    -vf "$filters" -f null -
-  end=$(date +%s.%N)
-  theirs+=("$(rate "$start" "$end")")
+  a=$(seconds ours_run "$frames"); b=$(seconds ours_run $((2 * frames)))
+  ours+=("$(awk -v t="$a" -v n="$frames" 'BEGIN {printf "%.1f", n / t}')")
+  ours_marginal+=("$(awk -v a="$a" -v b="$b" -v n="$frames" 'BEGIN {printf "%.1f", n / (b - a)}')")
+  p99+=("$(ours_run "$frames" 2>/dev/null | awk '/^frame_ms_p99 /{print $2}')")
+  a=$(seconds ffmpeg_run "$frames"); b=$(seconds ffmpeg_run $((2 * frames)))
+  theirs+=("$(awk -v t="$a" -v n="$frames" 'BEGIN {printf "%.1f", n / t}')")
+  theirs_marginal+=("$(awk -v a="$a" -v b="$b" -v n="$frames" 'BEGIN {printf "%.1f", n / (b - a)}')")
 done
-ours_median=$(printf '%s\n' "${ours[@]}" | median)
-theirs_median=$(printf '%s\n' "${theirs[@]}" | median)
-echo "lumivane fps: ${ours[*]} (median $ours_median; frame loop alone ${loop[*]}; p99 frame ms ${p99[*]})"
-echo "ffmpeg drawtext fps: ${theirs[*]} (median $theirs_median)"
-awk -v a="$ours_median" -v b="$theirs_median" 'BEGIN {printf "ratio: %.2f\n", a / b}'
+m() { printf '%s\n' "$@" | median; }
+echo "frames $frames at $size, $repeat runs each, medians"
+echo "lumivane whole process fps: ${ours[*]} (median $(m "${ours[@]}"))"
+echo "ffmpeg whole process fps: ${theirs[*]} (median $(m "${theirs[@]}"))"
+echo "lumivane marginal fps: ${ours_marginal[*]} (median $(m "${ours_marginal[@]}"); p99 frame ms ${p99[*]})"
+echo "ffmpeg marginal fps: ${theirs_marginal[*]} (median $(m "${theirs_marginal[@]}"))"
+awk -v a="$(m "${ours_marginal[@]}")" -v b="$(m "${theirs_marginal[@]}")" -v c="$(m "${ours[@]}")" -v d="$(m "${theirs[@]}")" \
+  'BEGIN {printf "ratio marginal: %.2f, whole process: %.2f\n", a / b, c / d}'

@@ -135,7 +135,11 @@ TextFrame clsText::TextFrameStep(std::int32_t index, std::int32_t particleIndex,
     font.Italic = t.Font.Italic;
     font.Underline = t.Font.Underline;
     font.Strikethrough = t.Font.Strikethrough;
-    font.Name = t.RandomizeFont && RandomFontName ? RandomFontName() : t.Font.Name;
+    // Assigned in place: a conditional expression would copy the name into a temporary first.
+    if (t.RandomizeFont && RandomFontName)
+      font.Name = RandomFontName();
+    else
+      font.Name = t.Font.Name;
 
     if (t.PulseFontSizeCounter.Direction.empty()) t.PulseFontSizeCounter.Direction = kIncrement;
     if (t.RandomizeFontSize == 0) t.PulseFontSizeCounter.Value = 0;

@@ -186,10 +186,7 @@ bool GlDevice::MakeBackBuffers(std::string& error) {
     t.width = width_;
     t.height = height_;
     t.alpha = false;
-    glBindBuffer(GL_PIXEL_PACK_BUFFER, pixelBuffers_[i]);
-    glBufferData(GL_PIXEL_PACK_BUFFER, static_cast<GLsizeiptr>(width_) * height_ * 4, nullptr, GL_STREAM_READ);
   }
-  glBindBuffer(GL_PIXEL_PACK_BUFFER, 0);
   glBindTexture(GL_TEXTURE_2D, 0);
   boundFramebuffer_ = backBuffers_[0].framebuffer;
   return true;
@@ -477,6 +474,10 @@ void GlDevice::CopyOut(QueuedFrame& frame) {
   glBindFramebuffer(GL_READ_FRAMEBUFFER, backBuffers_[frame.buffer].framebuffer);
   glReadBuffer(GL_COLOR_ATTACHMENT0);
   glBindBuffer(GL_PIXEL_PACK_BUFFER, pixelBuffers_[frame.buffer]);
+  if (!pixelBufferSized_[frame.buffer]) {  // made when first used: a device with a reader never needs them
+    glBufferData(GL_PIXEL_PACK_BUFFER, static_cast<GLsizeiptr>(width_) * height_ * 4, nullptr, GL_STREAM_READ);
+    pixelBufferSized_[frame.buffer] = true;
+  }
   glPixelStorei(GL_PACK_ALIGNMENT, 4);
   glReadPixels(0, 0, width_, height_, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
   glBindBuffer(GL_PIXEL_PACK_BUFFER, 0);

@@ -133,6 +133,7 @@ class GlDevice final : public RenderDevice {
   GLuint backBufferTextures_[kBackBuffers] = {0, 0};
   GLuint depth_ = 0;
   GLuint pixelBuffers_[kBackBuffers] = {0, 0};
+  bool pixelBufferSized_[kBackBuffers] = {false, false};
   int current_ = 0;
   bool carryPending_ = false;
   bool depthClearPending_ = false;

@@ -19,8 +19,8 @@ void GlyphAtlas::StartOver() {
   slots_.clear();
   byFace_.clear();
   penX_ = penY_ = shelfHeight_ = 0;
-  dirtyTop_ = 0;
-  dirtyBottom_ = kSize;
+  dirtyTop_ = kSize;
+  dirtyBottom_ = 0;
   ++generation_;
 }
 

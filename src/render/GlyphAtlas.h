@@ -45,7 +45,7 @@ class GlyphAtlas {
   std::vector<Slot> slots_;
   QHash<QString, QHash<quint32, int>> byFace_;
   int penX_ = 0, penY_ = 0, shelfHeight_ = 0;
-  int dirtyTop_ = 0, dirtyBottom_ = kSize;
+  int dirtyTop_ = kSize, dirtyBottom_ = 0;  // only rows that hold glyphs are ever sampled
   std::uint32_t generation_ = 1;
 };
 

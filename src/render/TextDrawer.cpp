@@ -15,10 +15,6 @@ void TextDrawer::Upload() {
   if (texture_ == 0) {
     texture_ = device_.CreateTexture(GlyphAtlas::kSize, GlyphAtlas::kSize, TextureFormat::A8);
     if (texture_ == 0) return;
-    atlas_.Uploaded();
-    device_.UpdateTexture(texture_, 0, 0, GlyphAtlas::kSize, GlyphAtlas::kSize, atlas_.Image().constBits(),
-                          atlas_.Image().bytesPerLine());
-    return;
   }
   if (!atlas_.Dirty()) return;
   const int top = atlas_.DirtyTop(), rows = atlas_.DirtyBottom() - atlas_.DirtyTop();

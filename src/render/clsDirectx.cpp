@@ -25,7 +25,10 @@ FrameArguments ReadFrameArguments(const frmMain& form) {
   return args;
 }
 
-clsDirectx::clsDirectx(clsText& text) : text_(text) {}
+clsDirectx::clsDirectx(clsText& text)
+    : text_(text), drawText_([this](std::int32_t index, std::int32_t copy, const TextFrame& frame) {
+        DrawText(index, copy, frame);
+      }) {}
 
 clsDirectx::~clsDirectx() { Destroy(); }
 
@@ -35,12 +38,26 @@ bool clsDirectx::Initialize(RenderDevice* device, const std::string& application
   device_ = device;
   device_->SetRenderState(RenderState::LIGHTING, 0);
   textDrawer_ = std::make_unique<TextDrawer>(*device_);
-  // The feedback texture starts as the missing-image tile. A folder without the tile still plays:
-  // a grey texture stands in.
-  std::string why;
-  feedbackTexture_ = device_->CreateTextureFromFileEx(applicationFolder + "/NoTexture.bmp", device_->BackBufferWidth(),
+  applicationFolder_ = applicationFolder;
+  // A device that cannot hold a texture cannot draw a frame.
+  const TextureId probe = device_->CreateTexture(2, 2, TextureFormat::X8R8G8B8);
+  if (probe == 0) {
+    error = "The device cannot make textures.";
+    Destroy();
+    return false;
+  }
+  device_->ReleaseTexture(probe);
+  return true;
+}
+
+TextureId clsDirectx::FeedbackTexture() {
+  if (feedbackTexture_ != 0 || device_ == nullptr) return feedbackTexture_;
+  // The missing-image tile at back buffer size, made when first asked for: it is 16 MB at 1080p,
+  // and a show without feedback never needs it. A folder without the tile still plays: grey
+  // stands in.
+  feedbackTexture_ = device_->CreateTextureFromFileEx(applicationFolder_ + "/NoTexture.bmp", device_->BackBufferWidth(),
                                                       device_->BackBufferHeight(), TextureFormat::X8R8G8B8,
-                                                      ImageFilter::Point, 0, &why);
+                                                      ImageFilter::Point, 0);
   if (feedbackTexture_ == 0) {
     TextureImage grey;
     grey.Width = grey.Height = 2;
@@ -48,12 +65,7 @@ bool clsDirectx::Initialize(RenderDevice* device, const std::string& application
     grey.Pixels.assign(4, 0xFF404040u);
     feedbackTexture_ = device_->CreateTextureFromImage(grey);
   }
-  if (feedbackTexture_ == 0) {
-    error = "The device cannot make textures.";
-    Destroy();
-    return false;
-  }
-  return true;
+  return feedbackTexture_;
 }
 
 void clsDirectx::Destroy() {
@@ -105,23 +117,24 @@ void clsDirectx::RenderFrame(const FrameArguments& args) {
   if (CloneRender) CloneRender();
 }
 
-void clsDirectx::DrawTexts(const FrameArguments& args, lumivane::TextPass::Kind kind) {
+void clsDirectx::DrawTexts(const FrameArguments& args, TextPass::Kind kind) {
   RenderDevice* d = device_;
-  const float width = d != nullptr ? static_cast<float>(d->BackBufferWidth()) : 0.0f;
-  const float height = d != nullptr ? static_cast<float>(d->BackBufferHeight()) : 0.0f;
-  const float sx = args.PreviewWidth > 0 ? width / static_cast<float>(args.PreviewWidth) : 0.0f;
-  const float sy = args.PreviewHeight > 0 ? height / static_cast<float>(args.PreviewHeight) : 0.0f;
-  textPass_.Run(text_, args.Text, [&](std::int32_t index, std::int32_t copy, const TextFrame& frame) {
-    if (TextDrawn) TextDrawn(index, copy, frame);
-    if (textDrawer_ == nullptr || frame.Font == nullptr || sx <= 0.0f || sy <= 0.0f) return;
-    std::uint32_t format = frame.AlignX == "Centered" ? kTextCenter : frame.AlignX == "Right Justify" ? kTextRight : kTextLeft;
-    if (!text_.RenderGetClip(index)) format |= kTextNoClip;
-    if (text_.RenderGetVertical(index)) format |= kTextVCenter;
-    // Font sizes are points at 720 lines (96 pixels an inch), scaled with the back buffer.
-    const float pixelSize = std::max(1.0f, frame.Font->Size) * (96.0f / 72.0f) * (height / 720.0f);
-    TextRect rect{frame.Left * sx, frame.Top * sy, frame.Right * sx, frame.Bottom * sy};
-    textDrawer_->DrawText(*frame.Font, pixelSize, ToDeviceColor(frame.Color), frame.Text, rect, format);
-  }, kind);
+  drawHeight_ = d != nullptr ? static_cast<float>(d->BackBufferHeight()) : 0.0f;
+  drawScaleX_ = d != nullptr && args.PreviewWidth > 0 ? static_cast<float>(d->BackBufferWidth()) / static_cast<float>(args.PreviewWidth) : 0.0f;
+  drawScaleY_ = args.PreviewHeight > 0 ? drawHeight_ / static_cast<float>(args.PreviewHeight) : 0.0f;
+  textPass_.Run(text_, args.Text, drawText_, kind);
+}
+
+void clsDirectx::DrawText(std::int32_t index, std::int32_t copy, const TextFrame& frame) {
+  if (TextDrawn) TextDrawn(index, copy, frame);
+  if (textDrawer_ == nullptr || frame.Font == nullptr || drawScaleX_ <= 0.0f || drawScaleY_ <= 0.0f) return;
+  std::uint32_t format = frame.AlignX == "Centered" ? kTextCenter : frame.AlignX == "Right Justify" ? kTextRight : kTextLeft;
+  if (!text_.RenderGetClip(index)) format |= kTextNoClip;
+  if (text_.RenderGetVertical(index)) format |= kTextVCenter;
+  // Font sizes are points at 720 lines (96 pixels an inch), scaled with the back buffer.
+  const float pixelSize = std::max(1.0f, frame.Font->Size) * (96.0f / 72.0f) * (drawHeight_ / 720.0f);
+  TextRect rect{frame.Left * drawScaleX_, frame.Top * drawScaleY_, frame.Right * drawScaleX_, frame.Bottom * drawScaleY_};
+  textDrawer_->DrawText(*frame.Font, pixelSize, ToDeviceColor(frame.Color), frame.Text, rect, format);
 }
 
 float clsDirectx::RenderVisibleText(const TextFont& font, float pixelSize, std::uint32_t color, std::string_view text,

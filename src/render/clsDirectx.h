@@ -43,8 +43,7 @@ class clsDirectx {
   clsDirectx& operator=(const clsDirectx&) = delete;
 
   // Takes the device made for the output (nullptr: frames still step every text, for the text log,
-  // but draw nothing). Turns lighting off and makes the feedback texture from "NoTexture.bmp" of the
-  // application folder at back buffer size. False with the reason when the device cannot serve.
+  // but draw nothing) and turns lighting off. False with the reason when the device cannot serve.
   bool Initialize(RenderDevice* device, const std::string& applicationFolder, std::string& error);
   // Releases what the device holds for this object; the device itself belongs to its window.
   void Destroy();
@@ -74,18 +73,25 @@ class clsDirectx {
   std::function<void()> Present;
   std::function<void()> CloneRender;
 
-  TextureId FeedbackTexture() const noexcept { return feedbackTexture_; }
+  // The texture that holds the last copy of the output; it starts as "NoTexture.bmp" of the
+  // application folder at back buffer size.
+  TextureId FeedbackTexture();
   TextDrawer* Text() noexcept { return textDrawer_.get(); }
 
  private:
   // The flat texts, or the 3D texts drawn flat.
   void DrawTexts(const FrameArguments& args, TextPass::Kind kind);
+  void DrawText(std::int32_t index, std::int32_t copy, const TextFrame& frame);
 
   clsText& text_;
   RenderDevice* device_ = nullptr;
   std::unique_ptr<TextDrawer> textDrawer_;
   TextPass textPass_;
+  // Made once: a callback made per frame would allocate. The scale is the frame's.
+  TextDraw drawText_;
+  float drawScaleX_ = 0, drawScaleY_ = 0, drawHeight_ = 0;
   TextureId feedbackTexture_ = 0;
+  std::string applicationFolder_;
 };
 
 }  // namespace lumivane

@@ -101,6 +101,27 @@ TEST_F(PlaybackTest, AStopDuringTheCountdownAbortsTheStart) {
   EXPECT_TRUE(ControlModel::Enabled(p.cmdPlay));
 }
 
+// The output window is closed by the window manager while a frame is being drawn: the close lands
+// inside the frame (the frame lets events run), the stop takes the window away, and the rest of the
+// frame must neither present on it nor touch it (under ASan a touch would be a use after free).
+TEST_F(PlaybackTest, AWindowClosedUnderARunningFrameEndsThePlaybackCleanly) {
+  ASSERT_TRUE(form.StartRender());
+  int frames = 0;
+  form.RenderFrame = [this, &frames] {
+    if (++frames == 2) form.HotKey(OutputKey::Stop);  // the close request, arriving mid-frame
+  };
+  log.clear();
+  form.TimerRender();
+  EXPECT_EQ(log, (std::vector<std::string>{"frame", "present"}));
+  log.clear();
+  form.TimerRender();
+  EXPECT_FALSE(form.Running());
+  EXPECT_TRUE(Logged("close"));
+  EXPECT_FALSE(Logged("present"));
+  form.TimerRender();  // a tick still queued behind the close
+  EXPECT_EQ(frames, 2);
+}
+
 TEST_F(PlaybackTest, ADeviceThatCannotBeMadeTellsTheOperatorAndStaysIdle) {
   deviceWorks = false;
   EXPECT_FALSE(form.StartRender());
