@@ -1,10 +1,13 @@
 #!/usr/bin/env bash
-# Builds Release and runs the benchmarks; extra arguments go to every benchmark binary.
+# Builds Release and runs the benchmarks: the Google Benchmark programs (extra arguments go to each
+# of them), then the render benchmark against FFmpeg and the count of a frame's allocations.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/install-deps.sh
 cmake -S . -B build/release -G Ninja -DCMAKE_BUILD_TYPE=Release -DLUMIVANE_BUILD_BENCH=ON >/dev/null
-cmake --build build/release --target lumivane_bench_core lumivane_bench_text lumivane_bench_show
+cmake --build build/release --target lumivane lumivane_bench_core lumivane_bench_text lumivane_bench_show
 build/release/bench/lumivane_bench_core "$@"
 build/release/bench/lumivane_bench_text "$@"
 build/release/bench/lumivane_bench_show "$@"
+bash bench/render_vs_ffmpeg.sh build/release/src/app/lumivane 600 5
+bash bench/frame_allocations.sh build/release/src/app/lumivane 300

@@ -9,9 +9,9 @@ packages=(
   qt6-base-dev libqt6opengl6-dev libpugixml-dev qt6-qpa-plugins libgl-dev libgl1-mesa-dri libegl-mesa0 libegl-dev libepoxy-dev
   libavcodec-dev libavformat-dev libavutil-dev libswscale-dev
   # tests, benchmarks and the fuzzer
-  libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev ffmpeg
+  libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev heaptrack ffmpeg
   # headless display for window tests
-  xvfb xauth xdotool x11-apps
+  xvfb xauth xdotool x11-apps python3
   # fonts so text layout has real glyphs on a bare machine
   fonts-dejavu-core
 )

@@ -184,7 +184,7 @@ void GlDevice::DrawPrimitiveUP(PrimitiveType type, std::uint32_t primitiveCount,
                                std::uint32_t stride) {
   if (!ready_ || vertices == nullptr || stride != FormatSize(state_.format)) return;
   const std::uint32_t count = VertexCount(type, primitiveCount);
-  if (count == 0 || count > static_cast<std::uint32_t>(caps_.MaxVertexCount) * 16u) return;
+  if (count == 0 || count > (1u << 24)) return;  // nothing, or a count no client list can hold
   // States are compared when drawing, not when set: a state changed and set back does not split a batch.
   if (batchVertices_ > 0 && (type != PrimitiveType::TriangleList || batchType_ != PrimitiveType::TriangleList ||
                              std::memcmp(&batchState_, &state_, sizeof state_) != 0))

@@ -2,8 +2,24 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <utility>
 
 namespace lumivane {
+
+namespace {
+
+// Glyph coverage times the text's colour, alpha-blended, unfiltered, whatever culling and depth
+// the caller had.
+constexpr std::pair<RenderState, std::uint32_t> kTextRenderStates[] = {
+    {RenderState::ALPHABLENDENABLE, 1}, {RenderState::SRCBLEND, 5}, {RenderState::DESTBLEND, 6},
+    {RenderState::CULLMODE, 1},         {RenderState::ZENABLE, 0}};
+constexpr std::pair<TextureStageState, std::uint32_t> kTextStageStates[] = {
+    {TextureStageState::COLOROP, 4},   {TextureStageState::COLORARG1, 2}, {TextureStageState::COLORARG2, 0},
+    {TextureStageState::ALPHAOP, 4},   {TextureStageState::ALPHAARG1, 2}, {TextureStageState::ALPHAARG2, 0},
+    {TextureStageState::MAGFILTER, 1}, {TextureStageState::MINFILTER, 1}};
+
+}  // namespace
 
 TextDrawer::TextDrawer(RenderDevice& device) : device_(device) {}
 
@@ -84,49 +100,23 @@ float TextDrawer::DrawText(const TextFont& font, float pixelSize, std::uint32_t 
   Upload();
   if (texture_ == 0) return height;  // no atlas on the device: no text, the frame goes on
   // The drawing's own states, and the caller's back afterwards.
-  const std::uint32_t blend = device_.GetRenderState(RenderState::ALPHABLENDENABLE),
-                      source = device_.GetRenderState(RenderState::SRCBLEND),
-                      destination = device_.GetRenderState(RenderState::DESTBLEND),
-                      cull = device_.GetRenderState(RenderState::CULLMODE),
-                      zEnable = device_.GetRenderState(RenderState::ZENABLE),
-                      colorOp = device_.GetTextureStageState(TextureStageState::COLOROP),
-                      colorArg1 = device_.GetTextureStageState(TextureStageState::COLORARG1),
-                      colorArg2 = device_.GetTextureStageState(TextureStageState::COLORARG2),
-                      alphaOp = device_.GetTextureStageState(TextureStageState::ALPHAOP),
-                      alphaArg1 = device_.GetTextureStageState(TextureStageState::ALPHAARG1),
-                      alphaArg2 = device_.GetTextureStageState(TextureStageState::ALPHAARG2),
-                      magFilter = device_.GetTextureStageState(TextureStageState::MAGFILTER),
-                      minFilter = device_.GetTextureStageState(TextureStageState::MINFILTER);
-  device_.SetRenderState(RenderState::ALPHABLENDENABLE, 1);
-  device_.SetRenderState(RenderState::SRCBLEND, 5);
-  device_.SetRenderState(RenderState::DESTBLEND, 6);
-  device_.SetRenderState(RenderState::CULLMODE, 1);
-  device_.SetRenderState(RenderState::ZENABLE, 0);
-  device_.SetTextureStageState(TextureStageState::COLOROP, 4);
-  device_.SetTextureStageState(TextureStageState::COLORARG1, 2);
-  device_.SetTextureStageState(TextureStageState::COLORARG2, 0);
-  device_.SetTextureStageState(TextureStageState::ALPHAOP, 4);
-  device_.SetTextureStageState(TextureStageState::ALPHAARG1, 2);
-  device_.SetTextureStageState(TextureStageState::ALPHAARG2, 0);
-  device_.SetTextureStageState(TextureStageState::MAGFILTER, 1);
-  device_.SetTextureStageState(TextureStageState::MINFILTER, 1);
+  std::uint32_t savedRender[std::size(kTextRenderStates)], savedStage[std::size(kTextStageStates)];
+  for (std::size_t i = 0; i < std::size(kTextRenderStates); ++i) {
+    savedRender[i] = device_.GetRenderState(kTextRenderStates[i].first);
+    device_.SetRenderState(kTextRenderStates[i].first, kTextRenderStates[i].second);
+  }
+  for (std::size_t i = 0; i < std::size(kTextStageStates); ++i) {
+    savedStage[i] = device_.GetTextureStageState(kTextStageStates[i].first);
+    device_.SetTextureStageState(kTextStageStates[i].first, kTextStageStates[i].second);
+  }
   device_.SetTexture(texture_);
   device_.DrawPrimitiveUP(PrimitiveType::TriangleList, static_cast<std::uint32_t>(vertices_.size() / 3),
                           vertices_.data());
   // Put back lazily: states that a following text sets again cost nothing, so texts batch.
-  device_.SetRenderState(RenderState::ALPHABLENDENABLE, blend);
-  device_.SetRenderState(RenderState::SRCBLEND, source);
-  device_.SetRenderState(RenderState::DESTBLEND, destination);
-  device_.SetRenderState(RenderState::CULLMODE, cull);
-  device_.SetRenderState(RenderState::ZENABLE, zEnable);
-  device_.SetTextureStageState(TextureStageState::COLOROP, colorOp);
-  device_.SetTextureStageState(TextureStageState::COLORARG1, colorArg1);
-  device_.SetTextureStageState(TextureStageState::COLORARG2, colorArg2);
-  device_.SetTextureStageState(TextureStageState::ALPHAOP, alphaOp);
-  device_.SetTextureStageState(TextureStageState::ALPHAARG1, alphaArg1);
-  device_.SetTextureStageState(TextureStageState::ALPHAARG2, alphaArg2);
-  device_.SetTextureStageState(TextureStageState::MAGFILTER, magFilter);
-  device_.SetTextureStageState(TextureStageState::MINFILTER, minFilter);
+  for (std::size_t i = 0; i < std::size(kTextRenderStates); ++i)
+    device_.SetRenderState(kTextRenderStates[i].first, savedRender[i]);
+  for (std::size_t i = 0; i < std::size(kTextStageStates); ++i)
+    device_.SetTextureStageState(kTextStageStates[i].first, savedStage[i]);
   device_.SetTexture(0);
   return height;
 }

@@ -5,6 +5,7 @@
 #include "core/TextObject.h"
 #include "render/RenderDevice.h"
 #include "render/TextDrawer.h"
+#include "render/clsDirectx.h"
 #include "support/RenderFixture.h"
 
 namespace lumivane {
@@ -107,6 +108,31 @@ TEST_F(TextDrawerTest, ClipsToTheBoxUnlessToldNotTo) {
   // A box smaller than a line cuts the glyphs in height too.
   Draw("HH", TextRect{40, 20, 120, 30}, kTextLeft);
   EXPECT_LE(maxY, 29);
+}
+
+}  // namespace
+}  // namespace lumivane
+
+namespace lumivane {
+namespace {
+
+TEST(clsDirectx, TellsItsCapabilitiesAndBitDepthInItsOwnWords) {
+  DeviceCaps caps;
+  caps.MaxTextureWidth = caps.MaxTextureHeight = 16384;
+  caps.MaxSimultaneousTextures = 8;
+  caps.MaxVertexCount = 3000;
+  const std::string info = clsDirectx::DevicePropertyInfo(caps);
+  EXPECT_EQ(info.substr(0, info.find("\r\n")),
+            "Display Adapater Capabilities                                               ");
+  EXPECT_NE(info.find("\r\nMax Texture Height: 16384\r\nMax Texture Width: 16384\r\n"), std::string::npos);
+  EXPECT_NE(info.find("Max Simultaneous TextureCount: 8\r\nMax VertexCount: 3000\r\n"), std::string::npos);
+  EXPECT_NE(info.find("Non-Square Textures\r\nProjection Mapping is possible at all Resolutions"), std::string::npos);
+  caps.SquareTexturesOnly = true;
+  EXPECT_NE(clsDirectx::DevicePropertyInfo(caps).find("Projection Mapping is possible only at square Resolutions"),
+            std::string::npos);
+  EXPECT_EQ(clsDirectx::BitDepthOf(21), 32);
+  EXPECT_EQ(clsDirectx::BitDepthOf(22), 32);
+  EXPECT_EQ(clsDirectx::BitDepthOf(23), 24);  // R5G6B5 is really 16-bit, and still reports 24
 }
 
 }  // namespace
