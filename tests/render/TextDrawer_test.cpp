@@ -6,6 +6,7 @@
 #include "render/RenderDevice.h"
 #include "render/TextDrawer.h"
 #include "render/clsDirectx.h"
+#include "support/EngineFixture.h"
 #include "support/RenderFixture.h"
 
 namespace lumivane {
@@ -133,6 +134,39 @@ TEST(clsDirectx, TellsItsCapabilitiesAndBitDepthInItsOwnWords) {
   EXPECT_EQ(clsDirectx::BitDepthOf(21), 32);
   EXPECT_EQ(clsDirectx::BitDepthOf(22), 32);
   EXPECT_EQ(clsDirectx::BitDepthOf(23), 24);  // R5G6B5 is really 16-bit, and still reports 24
+}
+
+
+// Character by character: each character where the one before ended, each line back at the left
+// and one character's height lower.
+TEST(clsDirectx, DrawsVisibleTextCharacterByCharacter) {
+  test::EngineFixture engine;
+  std::string error;
+  auto device = CreateHeadlessDevice(120, 80, error);
+  ASSERT_NE(device, nullptr) << error;
+  clsDirectx directx(engine.text);
+  ASSERT_TRUE(directx.Initialize(device.get(), "", error)) << error;
+  device->BeginScene();
+  device->Clear(0xFF000000);
+  const float height = directx.RenderVisibleText(kSans, 20, 0xFF00FF00, "MM\r\nMM", TextRect{10, 5, 10, 5}, kTextNoClip);
+  device->EndScene();
+  std::vector<std::uint8_t> rgba;
+  ASSERT_TRUE(device->ReadBackNow(rgba));
+  ASSERT_GT(height, 15);
+  int left[2] = {1000, 1000}, right[2] = {-1, -1}, count[2] = {0, 0};
+  for (int y = 0; y < 80; ++y)
+    for (int x = 0; x < 120; ++x)
+      if (((test::Pixel(rgba, 120, x, y) >> 8) & 0xFF) > 128) {
+        const int line = y < 5 + height ? 0 : 1;
+        ++count[line];
+        left[line] = std::min(left[line], x), right[line] = std::max(right[line], x);
+      }
+  for (int line : {0, 1}) {
+    EXPECT_GT(count[line], 40) << line;
+    EXPECT_NEAR(left[line], 11, 3) << line;
+    EXPECT_GT(right[line], 35) << line;  // two characters side by side
+  }
+  directx.Destroy();
 }
 
 }  // namespace

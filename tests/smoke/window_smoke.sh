@@ -35,7 +35,7 @@ export ASAN_OPTIONS="${ASAN_OPTIONS:-}:detect_leaks=0"
 mkdir -p "$work/app"
 cp "$resources/Demo Counters.xml" "$work/app/Reset.xml"
 cat >"$work/app/LastOutputPosition.LMVNUIP" <<'XML'
-<UIPosition><Form><Name>frmDisplay</Name><Top>600</Top><Left>700</Left><Width>320</Width><Height>240</Height><Visible>1</Visible><CloneRenderTargetIndex>1</CloneRenderTargetIndex><MirrorX>X</MirrorX><MirrorY></MirrorY></Form><Form><Name>frmDisplay</Name><Top>0</Top><Left>0</Left><Width>320</Width><Height>240</Height><Visible>1</Visible><CloneRenderTargetIndex>2</CloneRenderTargetIndex><MirrorX></MirrorX><MirrorY></MirrorY></Form></UIPosition>
+<UIPosition><Form><Name>frmDisplay</Name><Top>600</Top><Left>700</Left><Width>320</Width><Height>240</Height><Visible>1</Visible><CloneRenderTargetIndex>1</CloneRenderTargetIndex><MirrorX></MirrorX><MirrorY>Y</MirrorY></Form><Form><Name>frmDisplay</Name><Top>0</Top><Left>0</Left><Width>320</Width><Height>240</Height><Visible>1</Visible><CloneRenderTargetIndex>2</CloneRenderTargetIndex><MirrorX></MirrorX><MirrorY></MirrorY></Form></UIPosition>
 XML
 "$program" --app-folder "$work/app" ";;1;640x480" >"$work/app.log" 2>&1 &
 app_pid=$!
@@ -62,6 +62,9 @@ output=$(xdotool search --name '^Lumivane Output$' | head -n 1)
 xwd -id "$output" -silent -out "$work/output.xwd" || fail "no screenshot of the output window"
 if [ -n "${SMOKE_SCREENSHOT:-}" ]; then cp "$work/output.xwd" "$SMOKE_SCREENSHOT"; fi
 python3 "$here/check_output.py" "$work/output.xwd" || fail "the output does not show the show"
+clone=$(xdotool search --name '^Lumivane Clone 1$' | head -n 1)
+xwd -id "$clone" -silent -out "$work/clone.xwd" || fail "no screenshot of the clone"
+python3 "$here/check_output.py" "$work/clone.xwd" mirror-y || fail "the clone does not show the output upside down"
 
 # Ctrl+S on the output saves the frame as a PNG in the application folder.
 shot="$work/app/Screenshots/frame_00001.png"
