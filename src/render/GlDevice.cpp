@@ -164,9 +164,6 @@ bool GlDevice::InitializeGl(std::string& error) {
 }
 
 bool GlDevice::MakeBackBuffers(std::string& error) {
-  glGenRenderbuffers(1, &depth_);
-  glBindRenderbuffer(GL_RENDERBUFFER, depth_);
-  glRenderbufferStorage(GL_RENDERBUFFER, GL_DEPTH24_STENCIL8, width_, height_);
   glGenTextures(kBackBuffers, backBufferTextures_);
   glGenBuffers(kBackBuffers, pixelBuffers_);
   for (int i = 0; i < kBackBuffers; ++i) {
@@ -178,7 +175,6 @@ bool GlDevice::MakeBackBuffers(std::string& error) {
     glGenFramebuffers(1, &t.framebuffer);
     glBindFramebuffer(GL_FRAMEBUFFER, t.framebuffer);
     glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, backBufferTextures_[i], 0);
-    glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_RENDERBUFFER, depth_);
     if (glCheckFramebufferStatus(GL_FRAMEBUFFER) != GL_FRAMEBUFFER_COMPLETE) {
       error = "the back buffer of " + std::to_string(width_) + "x" + std::to_string(height_) + " cannot be made";
       return false;
@@ -207,7 +203,7 @@ GlDevice::~GlDevice() {
     for (Target& t : backBuffers_)
       if (t.framebuffer != 0) glDeleteFramebuffers(1, &t.framebuffer);
     glDeleteTextures(kBackBuffers, backBufferTextures_);
-    glDeleteRenderbuffers(1, &depth_);
+    if (depth_ != 0) glDeleteRenderbuffers(1, &depth_);
   }
   if (context_ != EGL_NO_CONTEXT) {
     eglMakeCurrent(display_, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
@@ -217,6 +213,21 @@ GlDevice::~GlDevice() {
 }
 
 // ---- Scene and targets -----------------------------------------------------------------------
+
+bool GlDevice::EnsureDepth() {
+  if (depth_ != 0) return true;
+  // Made when a draw first tests depth: a show without 3D never holds the 8 MB of it.
+  glGenRenderbuffers(1, &depth_);
+  glBindRenderbuffer(GL_RENDERBUFFER, depth_);
+  glRenderbufferStorage(GL_RENDERBUFFER, GL_DEPTH24_STENCIL8, width_, height_);
+  for (const Target& t : backBuffers_) {
+    glBindFramebuffer(GL_FRAMEBUFFER, t.framebuffer);
+    glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_RENDERBUFFER, depth_);
+  }
+  glBindFramebuffer(GL_FRAMEBUFFER, boundFramebuffer_);
+  depthClearPending_ = true;
+  return true;
+}
 
 void GlDevice::BeginScene() {
   Flush();

@@ -112,6 +112,7 @@ class GlDevice final : public RenderDevice {
   // A frame that begins without a clear inherits the last frame's pixels, as a single back buffer
   // would keep them.
   void Carry();
+  bool EnsureDepth();
   // The reader may still be copying the back buffer a new frame is about to draw into.
   void ClaimBackBuffer();
   void CopyOut(QueuedFrame& frame);

@@ -26,7 +26,7 @@ bool GlFrameReader::Start(EGLDisplay display, EGLContext share, const GLuint (&t
   display_ = display;
   for (int i = 0; i < kBuffers; ++i) {
     textures_[i] = textures[i];
-    pixels_[i].resize(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4);
+    pixels_[i].reset(new std::uint8_t[static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4]);
   }
   width_ = width;
   height_ = height;
@@ -58,7 +58,7 @@ void GlFrameReader::Submit(int buffer, GLsync fence, bool clear, std::uint32_t c
 const std::uint8_t* GlFrameReader::Wait(int buffer) {
   std::unique_lock<std::mutex> lock(mutex_);
   changed_.wait(lock, [&] { return !pending_[buffer] || failed_; });
-  return failed_ ? nullptr : pixels_[buffer].data();
+  return failed_ ? nullptr : pixels_[buffer].get();
 }
 
 void GlFrameReader::Run() {
@@ -96,7 +96,7 @@ void GlFrameReader::Run() {
       glDeleteSync(fence);
     }
     glBindFramebuffer(GL_READ_FRAMEBUFFER, framebuffers[buffer]);
-    glReadPixels(0, 0, width_, height_, GL_RGBA, GL_UNSIGNED_BYTE, pixels_[buffer].data());
+    glReadPixels(0, 0, width_, height_, GL_RGBA, GL_UNSIGNED_BYTE, pixels_[buffer].get());
     GLsync cleared = nullptr;
     if (clear) {
       // Bytes in the texture's own order (R, G, B, A), so the upload is a plain copy.

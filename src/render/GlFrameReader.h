@@ -6,6 +6,7 @@
 
 #include <condition_variable>
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -54,7 +55,7 @@ class GlFrameReader {
   EGLContext context_ = EGL_NO_CONTEXT;
   GLuint textures_[kBuffers] = {0, 0};
   int width_ = 0, height_ = 0;
-  std::vector<std::uint8_t> pixels_[kBuffers];
+  std::unique_ptr<std::uint8_t[]> pixels_[kBuffers];  // not zeroed: each is written whole before it is read
   std::thread thread_;
   std::mutex mutex_;
   std::condition_variable changed_;

@@ -339,6 +339,7 @@ void GlDevice::ApplyState(const Target& target) {
   const std::uint32_t fill = render(RenderState::FILLMODE);
   glPolygonMode(GL_FRONT_AND_BACK, fill == 1 ? GL_POINT : fill == 2 ? GL_LINE : GL_FILL);
 
+  if (render(RenderState::ZENABLE) != 0 && !renderingToTexture_) EnsureDepth();
   if (render(RenderState::ZENABLE) != 0) {
     if (depthClearPending_ && !renderingToTexture_) {
       glDepthMask(GL_TRUE);
