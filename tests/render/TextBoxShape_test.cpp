@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "render/CD3DFrame.h"
+#include "render/TextBox.h"
 #include "render/TextBoxShape.h"
 
 namespace lumivane {
@@ -137,6 +138,32 @@ TEST(CD3DFrame, MatricesMergeInTheirOrderAndChildrenFollowTheirParent) {
   EXPECT_FLOAT_EQ(transform(text->GetUpdatedMatrix(), 0), 11.0f);
   text->AddScale(CD3DFrame::kBefore, 3, 3, 3);  // the parent's move stays under a later merge
   EXPECT_FLOAT_EQ(transform(text->GetUpdatedMatrix(), 1), 14.0f);
+}
+
+// A text in world mode swings about the screen's centre; otherwise it turns in its place.
+TEST(TextBox, WorldModeTurnsAboutTheCentreAndOtherwiseInPlace) {
+  std::string error;
+  auto device = CreateHeadlessDevice(32, 32, error);
+  ASSERT_NE(device, nullptr) << error;
+  TextBox box;
+  box.RotationZ = 90;
+  box.TranslationX = 5;
+  const float p[3] = {1, 0, 0};
+  float out[4];
+  UpdateTextBoxFrame(box, *device, 640, 480, -20);
+  box.TextFrame->GetUpdatedMatrix().Transform(p, out);
+  EXPECT_NEAR(out[0], 5.0f, 1e-3);  // turned to (0, 1), then moved
+  EXPECT_NEAR(out[1], 1.0f, 1e-3);
+  box.World = true;
+  UpdateTextBoxFrame(box, *device, 640, 480, -20);
+  box.TextFrame->GetUpdatedMatrix().Transform(p, out);
+  EXPECT_NEAR(out[0], 0.0f, 1e-3);  // moved to (6, 0), then turned about the centre
+  EXPECT_NEAR(out[1], 6.0f, 1e-3);
+  box.World = false;
+  box.ScaleX = 2;
+  UpdateTextBoxFrame(box, *device, 640, 480, -20);
+  box.TextFrame->GetUpdatedMatrix().Transform(p, out);
+  EXPECT_NEAR(out[1], 2.0f, 1e-3);  // scaled before it turns
 }
 
 }  // namespace

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "render/CD3DFrame.h"
+#include "render/RenderDevice.h"
+
+namespace lumivane {
+
+// What the device holds for one 3D text: the frames it is placed with, the texture its string is
+// drawn into (or a picture file's), and where and how it stands. One record per text, in the
+// engine's order.
+struct TextBox {
+  std::unique_ptr<CD3DFrame> RootFrame = std::make_unique<CD3DFrame>();
+  CD3DFrame* TextFrame = RootFrame->AddChild();
+  std::string TextBoxTextureFileName;  // empty: the texture shows the text's string
+  TextureId Texture = 0;
+  std::int32_t VideoLockToTextBox = 0;  // 1: the shape shows the video instead
+  std::int32_t Width = 0;               // the texture's size, powers of two
+  std::int32_t Height = 0;
+  float ScaleX = 1, ScaleY = 1, ScaleZ = 1;
+  float RotationX = 0, RotationY = 0, RotationZ = 0;  // degrees
+  bool World = false;                                  // turn about the world's centre, not the text's
+  float TranslationX = 0, TranslationY = 0, TranslationZ = 0;
+};
+
+// The camera of the 3D pass: a perspective of a quarter turn (as 3.1415 / 4) over the output's
+// aspect (height over width, in that order), near 1 and far 3000, looking from (0, 0, z) at the
+// centre; the world matrix back to the identity.
+void SceneSetup(RenderDevice& device, int width, int height, float z);
+
+// Places a text for this frame: the camera, then the text frame's matrix from the record's
+// rotation, translation and scale. A text in world mode turns about the world's centre (rotation,
+// then translation, then scale merged in front), otherwise about its own (translation, rotation,
+// scale).
+void UpdateTextBoxFrame(TextBox& box, RenderDevice& device, int width, int height, float z);
+
+}  // namespace lumivane
