@@ -1,5 +1,8 @@
 #include "render/TextBox.h"
 
+#include "core/Color.h"
+#include "render/TextDrawer.h"
+
 namespace lumivane {
 
 namespace {
@@ -30,6 +33,42 @@ void UpdateTextBoxFrame(TextBox& box, RenderDevice& device, int width, int heigh
     frame.AddRotationXYZ(CD3DFrame::kBefore, x, y, r);
   }
   frame.AddScale(CD3DFrame::kBefore, box.ScaleX, box.ScaleY, box.ScaleZ);
+}
+
+void RenderTextToSurface(RenderDevice& device, TextDrawer& drawer, const TextBox& box, const TextFont& font,
+                         float pixelSize, std::uint32_t color, std::int32_t backgroundColor, std::uint32_t format,
+                         std::string_view text) {
+  if (box.Texture == 0 || !device.BeginRenderToTexture(box.Texture)) return;
+  device.BeginScene();
+  device.Clear(ToDeviceColor(backgroundColor), true);
+  TextRect rect{0, 0, static_cast<float>(box.Width), static_cast<float>(box.Height)};
+  drawer.DrawText(font, pixelSize, color, text, rect, format);
+  device.EndScene();
+  device.EndRenderToTexture();
+}
+
+void RenderTextBox(RenderDevice& device, const TextBox& box, const TextObject& text, Wave3D& wave, bool firstCopy,
+                   bool alphaBlend, std::uint32_t color, bool outline, std::uint32_t outlineColor,
+                   TextBoxScratch& scratch) {
+  const bool white = !alphaBlend && box.TextBoxTextureFileName.empty() && box.VideoLockToTextBox != 1;
+  TextBoxShape shape;
+  shape.HalfWidth = static_cast<float>(box.Width) / static_cast<float>(device.BackBufferWidth()) * 10.0f;
+  shape.HalfHeight = static_cast<float>(box.Height) / static_cast<float>(device.BackBufferHeight()) * 10.0f;
+  shape.Color = white ? 0xFFFFFFFFu : color;
+  device.SetTexture(box.Texture);
+  device.SetRenderState(RenderState::CULLMODE, 1);
+  device.SetRenderState(RenderState::FILLMODE, 3);
+  device.SetTransform(TransformState::World, box.TextFrame->GetUpdatedMatrix());
+  BuildTextBoxShape(text.Shape3DType, text.Circle3D, wave, text.Spiral3D, shape, firstCopy, scratch.strip);
+  if (scratch.strip.size() >= 3)
+    device.DrawPrimitiveUP(PrimitiveType::TriangleStrip, static_cast<std::uint32_t>(scratch.strip.size() - 2),
+                           scratch.strip.data());
+  if (!outline) return;
+  BuildTextBoxOutline(text.Shape3DType, scratch.strip, outlineColor, scratch.outline);
+  device.SetTexture(0);
+  if (scratch.outline.size() >= 2)
+    device.DrawPrimitiveUP(PrimitiveType::LineStrip, static_cast<std::uint32_t>(scratch.outline.size() - 1),
+                           scratch.outline.data());
 }
 
 }  // namespace lumivane

@@ -4,8 +4,13 @@
 #include <memory>
 #include <string>
 
+#include <string_view>
+#include <vector>
+
+#include "core/TextObject.h"
 #include "render/CD3DFrame.h"
 #include "render/RenderDevice.h"
+#include "render/TextBoxShape.h"
 
 namespace lumivane {
 
@@ -36,5 +41,28 @@ void SceneSetup(RenderDevice& device, int width, int height, float z);
 // then translation, then scale merged in front), otherwise about its own (translation, rotation,
 // scale).
 void UpdateTextBoxFrame(TextBox& box, RenderDevice& device, int width, int height, float z);
+
+class TextDrawer;
+
+// Draws a text's string into its record's texture: the texture cleared to the background colour
+// (program order, opaque), the string in `color` (0xAARRGGBB) inside the whole texture with the
+// format flags of the flat pass. A record without a texture draws nothing.
+void RenderTextToSurface(RenderDevice& device, TextDrawer& drawer, const TextBox& box, const TextFont& font,
+                         float pixelSize, std::uint32_t color, std::int32_t backgroundColor, std::uint32_t format,
+                         std::string_view text);
+
+// The scratch lists a shape is built into, kept by the pass so frames allocate nothing.
+struct TextBoxScratch {
+  std::vector<LVERTEX> strip;
+  std::vector<LINEVERTEX> outline;
+};
+
+// Draws a text's shape in world space with its texture, under the text frame's matrix: white where
+// the texture carries the colour (no blending, no picture file, no video), else in the copy's
+// colour; with `outline`, its edge in `outlineColor` too. The box's half size in world units is its
+// texture's size over the back buffer's, times 10.
+void RenderTextBox(RenderDevice& device, const TextBox& box, const TextObject& text, Wave3D& wave, bool firstCopy,
+                   bool alphaBlend, std::uint32_t color, bool outline, std::uint32_t outlineColor,
+                   TextBoxScratch& scratch);
 
 }  // namespace lumivane
