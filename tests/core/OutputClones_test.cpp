@@ -149,15 +149,6 @@ TEST_F(OutputClonesTest, MirrorTogglesTheSelectedCloneAndRewritesItsRow) {
   EXPECT_EQ(clones.Clones(1)->MirrorX, "");
 }
 
-TEST(CloneSourceRect, AMirroredAxisReadsBackwardsFromItsLastPixel) {
-  EXPECT_EQ(CloneSourceRect(800, 600, "", ""), (BlitSource{0, 0, 800, 600}));
-  EXPECT_EQ(CloneSourceRect(800, 600, "X", ""), (BlitSource{799, 0, -800, 600}));
-  EXPECT_EQ(CloneSourceRect(800, 600, "", "Y"), (BlitSource{0, 599, 800, -600}));
-  EXPECT_EQ(CloneSourceRect(800, 600, "X", "Y"), (BlitSource{799, 599, -800, -600}));
-  // Only the axis' own letter mirrors.
-  EXPECT_EQ(CloneSourceRect(800, 600, "Y", "X"), (BlitSource{0, 0, 800, 600}));
-}
-
 TEST_F(OutputClonesTest, RenderDrawsEachCloneMirroredAndNumberedWhileIdentifying) {
   Start("3");
   clones.CloneSetup(2, "X", "Y");
@@ -233,20 +224,6 @@ TEST_F(OutputClonesTest, ResolutionFillsOrCentresOnEachClonesMonitor) {
   log.clear();
   clones.CloneSetTopMostWindow(true);
   EXPECT_EQ(log, (std::vector<std::string>{"1 ontop"}));
-}
-
-TEST_F(OutputClonesTest, ResetStopsThenRebuildsAndTheCountStartsFromThePositionFile) {
-  std::vector<std::string> calls;
-  form.StopRendering = [&] { calls.push_back("stop"); };
-  form.RebuildClones = [&] { calls.push_back("rebuild"); };
-  model.Press(c.cmdReset, Origin::Widget);
-  EXPECT_EQ(calls, (std::vector<std::string>{"stop", "rebuild"}));
-
-  form.InitializeOutputCount(0);
-  EXPECT_EQ(ControlModel::Text(c.cboOutputCount), "1");
-  form.InitializeOutputCount(3);
-  EXPECT_EQ(ControlModel::Text(c.cboOutputCount), "3");
-  EXPECT_EQ(form.OutputCount(), 3);
 }
 
 TEST(IdentifyFontSize, GrowsInFiftiesWhileTheNextSizeFits) {

@@ -329,30 +329,6 @@ TEST_F(VideoFileWriterTest, OpenRefusesWithAReasonAndLeavesNothingBehind) {
   EXPECT_FALSE(writer.Close(error));
 }
 
-// One writer, used again: a second Open while open is refused; after Close the next file starts
-// afresh at frame 0.
-TEST_F(VideoFileWriterTest, WriterIsReusableAfterClose) {
-  VideoFileWriter writer;
-  std::string error;
-  ASSERT_TRUE(writer.Open((folder_ / "first.mkv").string(), 64, 48, 30.0, error)) << error;
-  EXPECT_FALSE(writer.Open((folder_ / "second.mkv").string(), 64, 48, 30.0, error));
-  EXPECT_NE(error.find("already open"), std::string::npos) << error;
-  WriteSolidFrames(writer, 64, 48, 5);
-  ASSERT_TRUE(writer.Close(error)) << error;
-
-  ASSERT_TRUE(writer.Open((folder_ / "second.mkv").string(), 64, 48, 30.0, error)) << error;
-  WriteSolidFrames(writer, 64, 48, 3);
-  ASSERT_TRUE(writer.Close(error)) << error;
-
-  DecodedVideo first, second;
-  ASSERT_TRUE(ReadVideo(folder_ / "first.mkv", first));
-  ASSERT_TRUE(ReadVideo(folder_ / "second.mkv", second));
-  EXPECT_EQ(first.frames.size(), 5u);
-  ASSERT_EQ(second.frames.size(), 3u);
-  EXPECT_NEAR(second.seconds[0], 0.0, 1e-3);
-  EXPECT_TRUE(Near(second.At(0, 32, 24), kPalette[0]));
-}
-
 // Stopping before the first frame makes no file (there is no well-formed empty MP4 or Matroska
 // file) and says so; a video already under the name stays.
 TEST_F(VideoFileWriterTest, ClosingWithoutFramesMakesNoFile) {
