@@ -53,6 +53,10 @@ void PreserveRuntimeFields(const TextObject& stored, TextObject& edited) {
   edited.Particle.Particles = stored.Particle.Particles;
   edited.Particle.LifeTimeApplied = stored.Particle.LifeTimeApplied;
   edited.RenderFont = stored.RenderFont;
+  edited.Wave3D.CurrentPhase = stored.Wave3D.CurrentPhase;
+  edited.Rotation.CurrentAngleX = stored.Rotation.CurrentAngleX;
+  edited.Rotation.CurrentAngleY = stored.Rotation.CurrentAngleY;
+  edited.Rotation.CurrentAngleZ = stored.Rotation.CurrentAngleZ;
   edited.CurrentText = stored.CurrentText;
   edited.SynchronizeText = stored.SynchronizeText;
   edited.DictionaryWords = stored.DictionaryWords;

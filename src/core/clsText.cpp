@@ -111,12 +111,18 @@ float clsText::RenderGetRotationCurrentAngleZ(std::int32_t index) const noexcept
   return t != nullptr ? t->Rotation.CurrentAngleZ : 0.0f;
 }
 
+// The running angles and phase are the renderer's own: no cached frame depends on them, so
+// writing them keeps the cache.
 void clsText::RenderSetRotationCurrentAngle(std::int32_t index, float x, float y, float z) noexcept {
-  if (TextObject* t = LiveRecord(index)) {
+  if (TextObject* t = At(LiveTexts, index)) {
     t->Rotation.CurrentAngleX = x;
     t->Rotation.CurrentAngleY = y;
     t->Rotation.CurrentAngleZ = z;
   }
+}
+
+void clsText::RenderSetWaveCurrentPhase(std::int32_t index, std::int32_t phase) noexcept {
+  if (TextObject* t = At(LiveTexts, index)) t->Wave3D.CurrentPhase = phase;
 }
 
 void clsText::RenderSynchronizeText(std::int32_t index) noexcept {

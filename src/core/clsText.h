@@ -49,6 +49,8 @@ class clsText {
   float RenderGetRotationCurrentAngleY(std::int32_t index) const noexcept;
   float RenderGetRotationCurrentAngleZ(std::int32_t index) const noexcept;
   void RenderSetRotationCurrentAngle(std::int32_t index, float x, float y, float z) noexcept;
+  // The wave shape's running phase, in degrees.
+  void RenderSetWaveCurrentPhase(std::int32_t index, std::int32_t phase) noexcept;
   // Forces one update of the live text at the next frame (a motion path event).
   void RenderSynchronizeText(std::int32_t index) noexcept;
 

@@ -13,7 +13,9 @@ constexpr float kPi4 = 3.1415f;
 }  // namespace
 
 void SceneSetup(RenderDevice& device, int width, int height, float z) {
-  const float aspect = width > 0 ? static_cast<float>(height) / static_cast<float>(width) : 1.0f;
+  // Width over height: only then is a circle round on screen, and do the boxes' half sizes (over
+  // the back buffer's width and height) and their placement units meet the screen's edges.
+  const float aspect = height > 0 ? static_cast<float>(width) / static_cast<float>(height) : 1.0f;
   device.SetTransform(TransformState::Projection, Matrix::PerspectiveFovLH(kPi4 / 4.0f, aspect, 1.0f, 3000.0f));
   const float eye[3] = {0, 0, z}, at[3] = {0, 0, 0}, up[3] = {0, 1, 0};
   device.SetTransform(TransformState::View, Matrix::LookAtLH(eye, at, up));

@@ -22,6 +22,9 @@ struct TextBox {
   CD3DFrame* TextFrame = RootFrame->AddChild();
   std::string TextBoxTextureFileName;  // empty: the texture shows the text's string
   TextureId Texture = 0;
+  // Keeps Texture alive and releases it with the last record that shows it: a picture loaded
+  // for all texts is one texture shared by every record.
+  std::shared_ptr<const TextureId> TextureHold;
   std::int32_t VideoLockToTextBox = 0;  // 1: the shape shows the video instead
   std::int32_t Width = 0;               // the texture's size, powers of two
   std::int32_t Height = 0;
@@ -32,8 +35,8 @@ struct TextBox {
 };
 
 // The camera of the 3D pass: a perspective of a quarter turn (as 3.1415 / 4) over the output's
-// aspect (height over width, in that order), near 1 and far 3000, looking from (0, 0, z) at the
-// centre; the world matrix back to the identity.
+// aspect, near 1 and far 3000, looking from (0, 0, z) at the centre; the world matrix back to the
+// identity.
 void SceneSetup(RenderDevice& device, int width, int height, float z);
 
 // Places a text for this frame: the camera, then the text frame's matrix from the record's

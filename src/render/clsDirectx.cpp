@@ -70,6 +70,7 @@ TextureId clsDirectx::FeedbackTexture() {
 
 void clsDirectx::Destroy() {
   if (device_ == nullptr) return;
+  textBoxes_.clear();  // their textures go back to the device while it is still there
   textDrawer_.reset();
   if (feedbackTexture_ != 0) device_->ReleaseTexture(feedbackTexture_);
   feedbackTexture_ = 0;
@@ -107,9 +108,8 @@ void clsDirectx::RenderFrame(const FrameArguments& args) {
   DrawTexts(args, lumivane::TextPass::Kind::Flat);
   // 10.
   if (d != nullptr) d->EndScene();
-  // 11. The 3D pass. Until text boxes and meshes are built, its texts are drawn flat here, so that
-  // a new text (3D by default) is seen.
-  DrawTexts(args, lumivane::TextPass::Kind::ThreeD);
+  // 11.
+  Render3D(args);
   // 12. to 19. The effect layer, the feedback copy, invert, mask, the output fade, the second
   // FreeFrame place and projection mapping: not built yet.
   // 20. and 21.
@@ -128,13 +128,18 @@ void clsDirectx::DrawTexts(const FrameArguments& args, TextPass::Kind kind) {
 void clsDirectx::DrawText(std::int32_t index, std::int32_t copy, const TextFrame& frame) {
   if (TextDrawn) TextDrawn(index, copy, frame);
   if (textDrawer_ == nullptr || frame.Font == nullptr || drawScaleX_ <= 0.0f || drawScaleY_ <= 0.0f) return;
-  std::uint32_t format = frame.AlignX == "Centered" ? kTextCenter : frame.AlignX == "Right Justify" ? kTextRight : kTextLeft;
-  if (!text_.RenderGetClip(index)) format |= kTextNoClip;
-  if (text_.RenderGetVertical(index)) format |= kTextVCenter;
+  const std::uint32_t format = FormatFlags(index, frame.AlignX);
   // Font sizes are points at 720 lines (96 pixels an inch), scaled with the back buffer.
   const float pixelSize = std::max(1.0f, frame.Font->Size) * (96.0f / 72.0f) * (drawHeight_ / 720.0f);
   TextRect rect{frame.Left * drawScaleX_, frame.Top * drawScaleY_, frame.Right * drawScaleX_, frame.Bottom * drawScaleY_};
   textDrawer_->DrawText(*frame.Font, pixelSize, ToDeviceColor(frame.Color), frame.Text, rect, format);
+}
+
+std::uint32_t clsDirectx::FormatFlags(std::int32_t index, std::string_view alignX) const {
+  std::uint32_t format = alignX == "Centered" ? kTextCenter : alignX == "Right Justify" ? kTextRight : kTextLeft;
+  if (!text_.RenderGetClip(index)) format |= kTextNoClip;
+  if (text_.RenderGetVertical(index)) format |= kTextVCenter;
+  return format;
 }
 
 float clsDirectx::RenderVisibleText(const TextFont& font, float pixelSize, std::uint32_t color, std::string_view text,

@@ -8,13 +8,17 @@
 
 #include "core/TextFrame.h"
 #include "core/TextPass.h"
+#include <vector>
+
 #include "render/RenderDevice.h"
+#include "render/TextBox.h"
 #include "render/TextDrawer.h"
 
 namespace lumivane {
 
 class clsText;
 class frmMain;
+struct TextObject;
 
 // What frmMain.Render reads from the controls once a frame and hands to RenderFrame. The passes
 // that are not built yet add their values as they come.
@@ -78,10 +82,43 @@ class clsDirectx {
   TextureId FeedbackTexture();
   TextDrawer* Text() noexcept { return textDrawer_.get(); }
 
+  // ---- Text boxes: what the device holds for each 3D text, in the engine's order ----------
+  // Builds the missing records and refreshes those whose box size or picture changed: texture
+  // sizes follow the box in preview units, rounded up to powers of two. Skipped while the text
+  // engine is busy. The frame calls it too, so a record never lags its text by more than a frame.
+  void TextBoxSetup();
+  // Drops record `index`; those above move one place down with their textures.
+  void TextBoxRemove(std::int32_t index);
+  // Takes the picture file name and video lock from `settings` for record `index` (every record
+  // with `applyToAll`); with `reload` the picture is loaded (pure black transparent) and shared by
+  // all records it was given to. An empty name gives the record back its string texture.
+  void TextBoxSetTexture(std::int32_t index, const TextObject& settings, bool reload, bool applyToAll);
+  // Keeps the records in the order of the texts after text `index` moved to the first place
+  // (`toFirst`) or the last. Nothing is rebuilt. Skipped while the text engine is busy.
+  void TextFrameZOrder(std::int32_t index, bool toFirst);
+  // Throws every record away; the next setup makes them again.
+  void Reset3DText() { textBoxes_.clear(); }
+  std::int32_t TextBoxCount() const noexcept { return static_cast<std::int32_t>(textBoxes_.size()); }
+  const TextBox* TextBoxRecord(std::int32_t index) const noexcept {
+    return index >= 1 && index <= TextBoxCount() ? &textBoxes_[static_cast<std::size_t>(index - 1)] : nullptr;
+  }
+  // The camera distance of a text's 3D pass: its mesh zoom when one is set, else where the
+  // preview's extent just fills the view.
+  static float CameraZ(const TextObject& text, int previewHeight);
+
  private:
   // The flat texts, or the 3D texts drawn flat.
   void DrawTexts(const FrameArguments& args, TextPass::Kind kind);
   void DrawText(std::int32_t index, std::int32_t copy, const TextFrame& frame);
+  std::uint32_t FormatFlags(std::int32_t index, std::string_view alignX) const;
+  // The 3D pass: every 3D text and each of its copies placed, turned and scaled in world space
+  // and drawn on its shape.
+  void Render3D(const FrameArguments& args);
+  void Render3DCopy(std::int32_t index, std::int32_t copy, const TextFrame& frame, bool draw,
+                    const FrameArguments& args);
+  // Record `index` made or refreshed for its text's box and picture.
+  void RefreshTextBox(std::int32_t index);
+  std::shared_ptr<const TextureId> HoldTexture(TextureId texture);
 
   clsText& text_;
   RenderDevice* device_ = nullptr;
@@ -91,6 +128,9 @@ class clsDirectx {
   TextDraw drawText_;
   float drawScaleX_ = 0, drawScaleY_ = 0, drawHeight_ = 0;
   TextureId feedbackTexture_ = 0;
+  std::vector<TextBox> textBoxes_;
+  TextBoxScratch textBoxScratch_;
+  std::string first3D_;  // the string copy 1 of a 3D text drew, for its further copies
   std::string applicationFolder_;
 };
 

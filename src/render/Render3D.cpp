@@ -1,0 +1,140 @@
+// The 3D pass of the frame: each 3D text, and each copy of it, placed, turned and scaled in world
+// space and drawn on its shape with its string's texture.
+#include <cmath>
+
+#include "core/Color.h"
+#include "core/TextObject.h"
+#include "core/clsText.h"
+#include "render/clsDirectx.h"
+
+namespace lumivane {
+
+namespace {
+
+// A running angle is kept within a turn: a show that loops for hours keeps its precision.
+float WrapAngle(float degrees) { return std::fmod(degrees, 360.0f); }
+
+}  // namespace
+
+void clsDirectx::Render3D(const FrameArguments& args) {
+  RenderDevice* d = device_;
+  if (d != nullptr) {
+    d->SetTextureStageState(TextureStageState::MAGFILTER, 2);
+    d->SetTextureStageState(TextureStageState::MINFILTER, 2);
+    // Records follow their texts: new texts, new box sizes and new pictures are taken up here.
+    TextBoxSetup();
+  }
+  const std::int32_t count = text_.RenderGetTextCount();
+  for (std::int32_t i = 1; i <= count; ++i) {
+    if (!text_.PreviewText3D(i)) continue;
+    const std::int32_t copies = text_.RenderGetOutputMultiplier(i);
+    for (std::int32_t j = 1; j <= copies; ++j) {
+      TextFrame frame = text_.TextFrameStep(i, j, args.Text);
+      if (j == 1)
+        first3D_.assign(frame.Text);  // the step's own buffer is reused by the next step
+      else
+        frame.Text = first3D_;
+      const bool draw = frame.Enabled && !frame.Text.empty();
+      if (draw && TextDrawn) TextDrawn(i, j - 1, frame);
+      if (d != nullptr && i <= TextBoxCount()) Render3DCopy(i, j, frame, draw, args);
+    }
+    if (d != nullptr) d->SetRenderState(RenderState::ALPHABLENDENABLE, 0);
+  }
+}
+
+void clsDirectx::Render3DCopy(std::int32_t index, std::int32_t j, const TextFrame& frame, bool draw,
+                              const FrameArguments& args) {
+  RenderDevice& d = *device_;
+  const TextObject& t = text_.Live()[static_cast<std::size_t>(index - 1)];
+  TextBox& box = textBoxes_[static_cast<std::size_t>(index - 1)];
+  const bool picture = !box.TextBoxTextureFileName.empty() && box.VideoLockToTextBox != 1;
+
+  // Blending: alpha-blended text adds onto the frame; a picture blends by its own alpha (its black
+  // keyed out); otherwise the box is opaque.
+  if (t.AlphaBlend) {
+    d.SetRenderState(RenderState::ALPHABLENDENABLE, 1);
+    d.SetBlend(5, 7);
+  } else if (picture) {
+    d.SetBlend(5, 6);
+    d.SetRenderState(RenderState::ALPHABLENDENABLE, 1);
+  } else {
+    d.SetRenderState(RenderState::ALPHABLENDENABLE, 0);
+    d.SetBlend(7, 6);
+  }
+
+  // Rotation. A looping axis runs on from the text's current angle; a fixed one stands at its
+  // angle. The fine-tune switch slows every speed sevenfold, and the looping first copy's twice
+  // over (by 49): shows are made with that speed.
+  const Rotation& r = t.Rotation;
+  box.World = r.World;
+  const float fine = r.FineTuneRotationAngle == 1 ? 7.0f : 1.0f;
+  const bool uniform = t.Particle.PhaseRotateUniform;
+  const auto step = static_cast<float>(t.Particle.PhaseRotate.Value);
+  const auto copy = static_cast<float>(j);
+  auto turn = [&](float angle, bool loop, float current, float last) {
+    const float a = angle / fine;
+    if (!loop) return uniform ? a + step / fine : a + step * copy / fine;
+    if (uniform) return current + step / (fine * 10.0f);
+    if (j == 1) return current + a / fine;
+    return last + step * copy / fine;
+  };
+  box.RotationX = WrapAngle(turn(r.AngleX, r.LoopX, r.CurrentAngleX, box.RotationX));
+  box.RotationY = WrapAngle(turn(r.AngleY, r.LoopY, r.CurrentAngleY, box.RotationY));
+  box.RotationZ = WrapAngle(turn(r.AngleZ, r.LoopZ, r.CurrentAngleZ, box.RotationZ));
+  if (j == 1) text_.RenderSetRotationCurrentAngle(index, box.RotationX, box.RotationY, box.RotationZ);
+
+  // Scale: the text's size factor less its particle's size (particle clouds shrink and grow their
+  // copies), never below 0.
+  const auto& particles = t.Particle.Particles;
+  const float factor = t.FONT_SIZE_ZERO == 0.0f ? 1.0f : 5.0f;
+  const float ownSize = static_cast<std::size_t>(j - 1) < particles.size() ? particles[static_cast<std::size_t>(j - 1)].Size : 0.0f;
+  const float firstSize = particles.empty() ? 0.0f : particles.front().Size;
+  const float base = ownSize < 0 && j > 1 ? 0.0f : frame.ScaleX;
+  const float scale = std::max(0.0f, base - (t.Particle.PhaseSizeUniform ? firstSize : ownSize) / factor);
+  box.ScaleX = box.ScaleY = box.ScaleZ = scale;
+  const std::string& shape = t.Shape3DType;
+  const bool hasShape = !shape.empty();
+  // Box half sizes are over the back buffer's width and height alike; a flat shape drawn across
+  // the screen is widened back to the texture's own proportions.
+  const float bbWidth = static_cast<float>(d.BackBufferWidth()), bbHeight = static_cast<float>(d.BackBufferHeight());
+  if (shape != "Custom" && shape != "Circle" && shape != "Spiral" && (t.Extrude3D != 0.0f || hasShape) &&
+      bbWidth > 0 && bbHeight > 0)
+    box.ScaleX /= bbHeight / bbWidth;
+
+  // Translation: the box's centre, from the preview's centre, in units of a hundredth of the
+  // preview's size; a mesh's camera distance scales it so it stays on the same place.
+  const auto pw = static_cast<float>(args.PreviewWidth), ph = static_cast<float>(args.PreviewHeight);
+  const float z = CameraZ(t, args.PreviewHeight);
+  if (pw > 0 && ph > 0) {
+    const float cx = ((frame.Right - pw / 2) + (frame.Left - pw / 2)) / 2;
+    const float cy = ((frame.Top - ph / 2) + (frame.Bottom - ph / 2)) / 2;
+    float tx = cx / (pw / 2) * (pw / 100), ty = -cy / (ph / 2) * (ph / 100);
+    if (shape == "Custom") {
+      tx = std::fabs(z) * tx / 20.0f;
+      ty = std::fabs(z) * ty / 20.0f;
+    }
+    box.TranslationX = tx;
+    box.TranslationY = ty;
+    box.TranslationZ = 0;
+  }
+  UpdateTextBoxFrame(box, d, d.BackBufferWidth(), d.BackBufferHeight(), z);
+  if (!draw || textDrawer_ == nullptr || frame.Font == nullptr) return;
+
+  const std::uint32_t copyColor = ToDeviceColor(frame.Color);
+  // The string is drawn once a frame, by the first copy; the others show the same texture. Alpha-
+  // blended text is drawn white so each copy can tint it with its own colour.
+  if (box.TextBoxTextureFileName.empty() && j == 1) {
+    const std::uint32_t color = t.AlphaBlend ? 0xFFFFFFFFu : copyColor;
+    // Font sizes are points at 720 lines, drawn at the preview's scale like the box.
+    const float pixelSize = std::max(1.0f, frame.Font->Size) * (96.0f / 72.0f) * (ph / 720.0f);
+    RenderTextToSurface(d, *textDrawer_, box, *frame.Font, pixelSize, color, t.BackGroundColor,
+                        FormatFlags(index, frame.AlignX), frame.Text);
+  }
+  // Extruded texts have no mesh yet: they are drawn on their box meanwhile.
+  Wave3D wave = t.Wave3D;
+  RenderTextBox(d, box, t, wave, j == 1, t.AlphaBlend, copyColor, t.Shape3DRenderMesh != 0, copyColor,
+                textBoxScratch_);
+  if (j == 1 && wave.CurrentPhase != t.Wave3D.CurrentPhase) text_.RenderSetWaveCurrentPhase(index, wave.CurrentPhase);
+}
+
+}  // namespace lumivane

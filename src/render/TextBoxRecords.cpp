@@ -1,0 +1,127 @@
+// The text box records of clsDirectx: made, refreshed, moved and dropped with their texts.
+#include <algorithm>
+#include <cmath>
+
+#include "core/Numbers.h"
+#include "core/TextObject.h"
+#include "core/clsText.h"
+#include "render/clsDirectx.h"
+
+namespace lumivane {
+
+namespace {
+
+// Show files written elsewhere name pictures with backslashes.
+std::string PicturePath(std::string name) {
+  std::replace(name.begin(), name.end(), '\\', '/');
+  return name;
+}
+
+}  // namespace
+
+std::shared_ptr<const TextureId> clsDirectx::HoldTexture(TextureId texture) {
+  if (texture == 0 || device_ == nullptr) return nullptr;
+  RenderDevice* device = device_;
+  // Records never outlive the device: Destroy drops them first.
+  return std::shared_ptr<const TextureId>(new TextureId(texture), [device](const TextureId* id) {
+    device->ReleaseTexture(*id);
+    delete id;
+  });
+}
+
+float clsDirectx::CameraZ(const TextObject& text, int previewHeight) {
+  if (text.Mesh3DZ < 0) return text.Mesh3DZ;
+  // Meshes are modelled for a camera twenty units back; a shape's placement units put the
+  // preview's half height at previewHeight / 100 units, which fills a quarter-turn view here.
+  if (text.Shape3DType == "Custom") return -20.0f;
+  return -(static_cast<float>(previewHeight) / 100.0f) / std::tan(3.1415f / 8.0f);
+}
+
+void clsDirectx::TextBoxSetup() {
+  if (device_ == nullptr || text_.EngineGetState() != 0) return;
+  textBoxes_.resize(static_cast<std::size_t>(text_.RenderGetTextCount()));
+  for (std::int32_t i = 1; i <= TextBoxCount(); ++i) RefreshTextBox(i);
+}
+
+void clsDirectx::RefreshTextBox(std::int32_t index) {
+  const TextObject& t = text_.Live()[static_cast<std::size_t>(index - 1)];
+  TextBox& box = textBoxes_[static_cast<std::size_t>(index - 1)];
+  // Boxes are kept in preview units, so the texture is the box's own size in preview pixels:
+  // small, because the string is drawn into it again in every frame.
+  const DeviceCaps caps = device_->Caps();
+  const int maxWidth = caps.MaxTextureWidth > 0 ? caps.MaxTextureWidth : 4096;
+  const int maxHeight = caps.MaxTextureHeight > 0 ? caps.MaxTextureHeight : 4096;
+  const int width = std::min(NextPowerOfTwo(t.Right - t.Left), maxWidth);
+  const int height = std::min(NextPowerOfTwo(t.Bottom - t.Top), maxHeight);
+  const bool resized = box.Width != width || box.Height != height;
+  box.Width = width;
+  box.Height = height;
+  box.VideoLockToTextBox = t.VideoLockToTextBox;
+  if (box.TextBoxTextureFileName != t.TextBoxTextureFileName) {
+    TextBoxSetTexture(index, t, true, false);
+    return;
+  }
+  if (!box.TextBoxTextureFileName.empty()) return;  // a picture keeps its own size
+  if (box.Texture != 0 && !resized) return;
+  box.TextureHold = HoldTexture(device_->CreateTexture(width, height, TextureFormat::X8R8G8B8, true));
+  box.Texture = box.TextureHold ? *box.TextureHold : 0;
+}
+
+void clsDirectx::TextBoxSetTexture(std::int32_t index, const TextObject& settings, bool reload, bool applyToAll) {
+  if (device_ == nullptr || (!applyToAll && TextBoxRecord(index) == nullptr)) return;
+  auto each = [&](auto&& apply) {
+    for (std::int32_t i = 1; i <= TextBoxCount(); ++i)
+      if (applyToAll || i == index) apply(textBoxes_[static_cast<std::size_t>(i - 1)], i);
+  };
+  each([&](TextBox& box, std::int32_t) {
+    box.TextBoxTextureFileName = settings.TextBoxTextureFileName;
+    box.VideoLockToTextBox = settings.VideoLockToTextBox;
+  });
+  if (!reload) return;
+  const std::string& name = settings.TextBoxTextureFileName;
+  if (name.empty()) {
+    // Back to the string: the record makes its own texture again.
+    each([&](TextBox& box, std::int32_t i) {
+      box.TextureHold.reset();
+      box.Texture = 0;
+      box.Width = 0;
+      if (i <= text_.RenderGetTextCount()) RefreshTextBox(i);
+    });
+    return;
+  }
+  // One texture per picture: a record that already shows this file lends it.
+  std::shared_ptr<const TextureId> picture;
+  if (!applyToAll)
+    for (std::int32_t i = 1; i <= TextBoxCount() && !picture; ++i) {
+      const TextBox& other = textBoxes_[static_cast<std::size_t>(i - 1)];
+      if (i != index && other.TextureHold && other.TextBoxTextureFileName == name) picture = other.TextureHold;
+    }
+  if (!picture) {
+    // Pure black is transparent, so a picture on black shows only its figure. A file that does
+    // not load leaves the text untextured, and is not tried again until its name changes.
+    std::string error;
+    picture = HoldTexture(device_->CreateTextureFromFileEx(PicturePath(name), -1, -1, TextureFormat::A8R8G8B8,
+                                                           ImageFilter::Linear, 0xFF000000u, &error));
+  }
+  each([&](TextBox& box, std::int32_t) {
+    box.TextureHold = picture;
+    box.Texture = picture ? *picture : 0;
+  });
+}
+
+void clsDirectx::TextBoxRemove(std::int32_t index) {
+  if (TextBoxRecord(index) == nullptr) return;
+  textBoxes_.erase(textBoxes_.begin() + (index - 1));
+}
+
+void clsDirectx::TextFrameZOrder(std::int32_t index, bool toFirst) {
+  if (text_.EngineGetState() != 0 || TextBoxRecord(index) == nullptr) return;
+  const auto at = textBoxes_.begin() + (index - 1);
+  // The moved record takes the first or last place; the others close up around it.
+  if (toFirst)
+    std::rotate(textBoxes_.begin(), at, at + 1);
+  else
+    std::rotate(at, at + 1, textBoxes_.end());
+}
+
+}  // namespace lumivane

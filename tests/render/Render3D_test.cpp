@@ -1,0 +1,223 @@
+#include <gtest/gtest.h>
+
+#include <QImage>
+#include <QTemporaryDir>
+#include <cmath>
+
+#include "render/clsDirectx.h"
+#include "support/EngineFixture.h"
+#include "support/RenderFixture.h"
+
+namespace lumivane {
+namespace {
+
+constexpr int kWidth = 320, kHeight = 180;  // the preview's 480 x 270, at two thirds
+constexpr std::uint32_t kRed = 0xFF0000, kWhite = 0xFFFFFF, kBlack = 0;
+
+// A 3D text on its shape through the whole frame: the engine on a fake clock, the device headless.
+class Render3DTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::string error;
+    device = CreateHeadlessDevice(kWidth, kHeight, error);
+    ASSERT_NE(device, nullptr) << error;
+    ASSERT_TRUE(directx.Initialize(device.get(), "", error)) << error;
+    args.Text.BackBufferWidth = kWidth;
+    args.Text.BackBufferHeight = kHeight;
+  }
+  void TearDown() override { directx.Destroy(); }
+
+  // A text that shows `shown` and does not update on its own: white on red, its box centred on
+  // (cx, cy) of the preview.
+  std::int32_t AddText(std::string_view shown, float cx, float cy, int width, int height, std::string shape = {}) {
+    TextObject t = NewTextObject(TextFont{"DejaVu Sans", 30.0f});
+    t.CurrentText = shown;
+    t.SelfTime = 1000000;
+    t.LastUpdateTick = engine.clock.Now();
+    t.RenderFont.Font = t.Font;  // as its last update left it
+    t.FontScale = 1;
+    t.AlphaBlend = false;
+    t.Color = 0xFFFFFF;
+    t.BackGroundColor = 0x0000FF;  // red, program order
+    t.Left = static_cast<std::int32_t>(cx) - width / 2;
+    t.Right = t.Left + width;
+    t.Top = static_cast<std::int32_t>(cy) - height / 2;
+    t.Bottom = t.Top + height;
+    t.Shape3DType = std::move(shape);
+    return engine.text.TextAppend(t);
+  }
+  TextObject& Text(std::int32_t index) { return *engine.text.LiveRecord(index); }
+
+  std::vector<std::uint8_t> Frame() {
+    directx.RenderFrame(args);
+    std::vector<std::uint8_t> rgba;
+    EXPECT_TRUE(device->ReadBackNow(rgba));
+    return rgba;
+  }
+  // The centre and count of the pixels of one colour.
+  struct Blob {
+    double x = 0, y = 0;
+    int count = 0;
+  };
+  // White is found by its green: filtered glyph edges are not pure white, the red box has none.
+  static Blob Find(const std::vector<std::uint8_t>& rgba, std::uint32_t color) {
+    Blob b;
+    for (int y = 0; y < kHeight; ++y)
+      for (int x = 0; x < kWidth; ++x) {
+        const std::uint32_t p = test::Pixel(rgba, kWidth, x, y);
+        if (color == kWhite ? ((p >> 8) & 0xFF) > 160 : p == color) b.x += x, b.y += y, ++b.count;
+      }
+    if (b.count > 0) b.x /= b.count, b.y /= b.count;
+    return b;
+  }
+
+  test::EngineFixture engine;
+  std::unique_ptr<RenderDevice> device;
+  clsDirectx directx{engine.text};
+  FrameArguments args;
+};
+
+// The box stands where its flat text would: the preview's right quarter and top quarter land on
+// the screen's, the texture square (a world unit is as wide as high), and a right-justified string
+// sits on the box's right.
+TEST_F(Render3DTest, AFlatBoxLandsWhereItsTextStandsInThePreview) {
+  AddText("I", 360, 67.5f, 60, 14);
+  Text(1).AlignX = "Right Justify";
+  const auto rgba = Frame();
+  const Blob box = Find(rgba, kRed);
+  ASSERT_GT(box.count, 100);
+  // A 64 x 16 texture over a 320 x 180 back buffer is 2 x 0.89 world units a half, 67 x 30 pixels
+  // a half through a camera that shows 2.7 units above the centre: the plain quad is not widened.
+  int left = kWidth, right = 0, top = kHeight, bottom = 0;
+  for (int y = 0; y < kHeight; ++y)
+    for (int x = 0; x < kWidth; ++x)
+      if (test::Pixel(rgba, kWidth, x, y) == kRed)
+        left = std::min(left, x), right = std::max(right, x), top = std::min(top, y), bottom = std::max(bottom, y);
+  EXPECT_NEAR((left + right) / 2.0, 0.75 * kWidth, 2);
+  EXPECT_NEAR((top + bottom) / 2.0, 0.25 * kHeight, 2);
+  EXPECT_NEAR(right - left + 1, 2 * 64.0 / kWidth * 10 * kHeight / 2 / 2.7, 3);
+  EXPECT_NEAR(bottom - top + 1, 2 * 16.0 / kHeight * 10 * kHeight / 2 / 2.7, 3);
+  const Blob glyph = Find(rgba, kWhite);
+  ASSERT_GT(glyph.count, 10);
+  EXPECT_GT(glyph.x, box.x + (right - left) / 4.0);
+  EXPECT_EQ(test::Pixel(rgba, kWidth, 20, 170), kBlack);  // the clear colour around it
+}
+
+// A ring of known radius about the centre: the box's height thick, round on a wide screen, with
+// the string's texture once around it, so a centred glyph lands half way round (on the left).
+TEST_F(Render3DTest, ACircleIsARoundRingWithItsGlyphHalfWayRound) {
+  AddText("I", 240, 135, 64, 8, "Circle");
+  Text(1).Circle3D = Circle3D{2, 5, 1};
+  const auto rgba = Frame();
+  // Camera 2.7 / tan(pi / 8) units back: 90 pixels show 2.7 units, so the ring runs from 2 to
+  // 2 + 8 / 180 * 10 units, 66.7 to 81.5 pixels from the centre, in x as in y.
+  const double unit = 90 / 2.7;
+  for (double angle : {0.0, 90.0, 270.0}) {
+    const double radians = angle * M_PI / 180;
+    auto at = [&](double r) {
+      return test::Pixel(rgba, kWidth, static_cast<int>(std::lround(160 + r * unit * std::cos(radians))),
+                         static_cast<int>(std::lround(90 - r * unit * std::sin(radians))));
+    };
+    EXPECT_EQ(at(2.22), kRed) << angle;
+    EXPECT_EQ(at(1.6), kBlack) << angle;
+    EXPECT_EQ(at(2.6), kBlack) << angle;
+  }
+  const Blob glyph = Find(rgba, kWhite);
+  ASSERT_GT(glyph.count, 3);
+  EXPECT_NEAR(glyph.x, 160 - 2.22 * unit, 6);
+  EXPECT_NEAR(glyph.y, 90, 6);
+}
+
+// What runs on from frame to frame: a looping axis from the text's current angle (the fine switch
+// slows the first copy's loop by 49), a fixed axis at its angle, the wave's phase stored back, and
+// a particle larger than the text's size holding the scale at 0, so nothing shows.
+TEST_F(Render3DTest, RotationWaveAndScaleRunAsTheTextSays) {
+  AddText("I", 240, 135, 64, 32, "Wave");
+  TextObject& t = Text(1);
+  t.Rotation.AngleZ = 49;
+  t.Rotation.LoopZ = true;
+  t.Rotation.FineTuneRotationAngle = 1;
+  t.Rotation.AngleX = 14;
+  t.Rotation.LoopX = false;
+  t.Wave3D = Wave3D{1, 40, 200, 0, 1};
+  Frame();
+  EXPECT_FLOAT_EQ(Text(1).Rotation.CurrentAngleZ, 1.0f);
+  EXPECT_FLOAT_EQ(Text(1).Rotation.CurrentAngleX, 2.0f);  // fixed: 14 / 7
+  EXPECT_EQ(Text(1).Wave3D.CurrentPhase, 200);
+  Frame();
+  EXPECT_FLOAT_EQ(Text(1).Rotation.CurrentAngleZ, 2.0f);
+  EXPECT_FLOAT_EQ(Text(1).Rotation.CurrentAngleX, 2.0f);
+  EXPECT_EQ(Text(1).Wave3D.CurrentPhase, 40);  // 400 folds back by |360 - 400|
+  EXPECT_GT(Find(Frame(), kRed).count, 100);
+
+  Text(1).Particle.Particles.assign(1, ParticleState{});
+  Text(1).Particle.Particles[0].Size = 100;
+  const auto rgba = Frame();
+  EXPECT_EQ(directx.TextBoxRecord(1)->ScaleX, 0.0f);
+  EXPECT_EQ(Find(rgba, kRed).count, 0);
+}
+
+// One record per text, the texture the box's size rounded up to a power of two (at least 2);
+// records leave and move with their texts, taking their textures along.
+TEST_F(Render3DTest, RecordsFollowTheTextsAtPowerOfTwoSizes) {
+  const int sizes[][2] = {{1, 2}, {2, 2}, {3, 4}, {0, 2}, {-5, 2}, {64, 64}, {65, 128}};
+  for (const auto& s : sizes) {
+    const std::int32_t i = AddText("A", 240, 135, 10, 10);
+    Text(i).Right = Text(i).Left + s[0];
+    Text(i).Bottom = Text(i).Top + s[0];
+  }
+  Frame();
+  ASSERT_EQ(directx.TextBoxCount(), 7);
+  std::vector<TextureId> textures;
+  for (std::int32_t i = 1; i <= 7; ++i) {
+    const TextBox* box = directx.TextBoxRecord(i);
+    EXPECT_EQ(box->Width, sizes[i - 1][1]) << i;
+    EXPECT_EQ(box->Height, sizes[i - 1][1]) << i;
+    EXPECT_NE(box->Texture, 0u);
+    textures.push_back(box->Texture);
+  }
+  directx.TextBoxRemove(2);
+  directx.TextFrameZOrder(5, true);   // the old 6th to the first place
+  directx.TextFrameZOrder(2, false);  // the old 1st to the last
+  std::vector<TextureId> now;
+  for (std::int32_t i = 1; i <= directx.TextBoxCount(); ++i) now.push_back(directx.TextBoxRecord(i)->Texture);
+  EXPECT_EQ(now, (std::vector<TextureId>{textures[5], textures[2], textures[3], textures[4], textures[6], textures[0]}));
+}
+
+// A picture in place of the string: pure black turns transparent, one texture serves every text
+// it is given to, and a file that is not there leaves the text untextured without failing.
+TEST_F(Render3DTest, APictureKeysOutItsBlackAndIsShared) {
+  QTemporaryDir dir;
+  QImage picture(8, 8, QImage::Format_RGB32);
+  picture.fill(Qt::black);
+  for (int y = 0; y < 8; ++y) picture.setPixel(4, y, qRgb(255, 255, 255));
+  const std::string path = (dir.path() + "/stripe.png").toStdString();
+  ASSERT_TRUE(picture.save(QString::fromStdString(path)));
+  AddText("A", 240, 135, 64, 64);
+  AddText("B", 100, 135, 64, 64);
+  args.ClearColor = 0x00FF00;  // green
+  Frame();
+  TextObject settings = Text(1);
+  settings.TextBoxTextureFileName = path;
+  directx.TextBoxSetTexture(1, settings, true, true);
+  Text(1).TextBoxTextureFileName = Text(2).TextBoxTextureFileName = path;
+  const TextureId shared = directx.TextBoxRecord(1)->Texture;
+  ASSERT_NE(shared, 0u);
+  EXPECT_EQ(directx.TextBoxRecord(2)->Texture, shared);
+  const auto rgba = Frame();
+  EXPECT_EQ(directx.TextBoxRecord(1)->Texture, shared);  // the frame keeps what was loaded
+  EXPECT_EQ(Find(rgba, kRed).count, 0);                  // no string background
+  EXPECT_GT(Find(rgba, kWhite).count, 20);
+  EXPECT_EQ(test::Pixel(rgba, kWidth, 150, 90), 0x00FF00u);  // black keyed out: the frame shows through
+
+  Text(2).TextBoxTextureFileName = dir.path().toStdString() + "\\missing.png";
+  Frame();
+  EXPECT_EQ(directx.TextBoxRecord(2)->Texture, 0u);
+  EXPECT_EQ(directx.TextBoxRecord(1)->Texture, shared);
+  Text(2).TextBoxTextureFileName.clear();  // back to the string
+  EXPECT_GT(Find(Frame(), kRed).count, 100);
+  EXPECT_NE(directx.TextBoxRecord(2)->Texture, 0u);
+}
+
+}  // namespace
+}  // namespace lumivane
