@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Writes the text box benchmark show: COUNT 3D texts (default 64) of 32 random letters and digits
-# each, new in every frame, on plain text boxes in a grid of four columns over the 480x270 pane.
+# each, new in every frame, on plain text boxes in a grid of four columns over the 480x270 pane,
+# each box 120 x 16, so its texture is 128 x 16 and the boxes do not overlap.
 # Usage: bench/make_textbox_show.sh FILE [COUNT]
 set -euo pipefail
 out=$1
@@ -16,14 +17,14 @@ rows=$(( (count + 3) / 4 ))
   for ((i = 1; i <= count; i++)); do
     col=$(( (i - 1) % 4 )); row=$(( (i - 1) / 4 ))
     left=$(( col * 120 )); right=$(( left + 120 ))
-    top=$(( row * 270 / rows )); bottom=$(( (row + 1) * 270 / rows ))
+    top=$(( row * 270 / rows )); bottom=$(( top + 16 ))
     echo "    <${i}Text>"
     echo "      <Color>16777215</Color><AlignX>Centered</AlignX><TextType>Counter</TextType><SelfTime>1</SelfTime>"
-    echo "      <FONT_SIZE_ZERO>10</FONT_SIZE_ZERO><Particle><Count>1</Count></Particle>"
+    echo "      <FONT_SIZE_ZERO>12</FONT_SIZE_ZERO><Particle><Count>1</Count></Particle>"
     echo "      <Position><Top>$top</Top><Bottom>$bottom</Bottom><Left>$left</Left><Right>$right</Right></Position>"
     echo "      <Text3D>1</Text3D><BackGroundColor>4194304</BackGroundColor><Extrude3D>0</Extrude3D>"
     echo "      <Counter><Value>0</Value><Offset>1</Offset><ValueType>Alphanumeric</ValueType><Direction>Increment (+)</Direction><MinDigits>32</MinDigits><MaxDigits>32</MaxDigits><LineBreak>1</LineBreak></Counter>"
-    echo "      <Font><FontName>DejaVu Sans Mono</FontName><FontSize>10</FontSize></Font>"
+    echo "      <Font><FontName>DejaVu Sans Mono</FontName><FontSize>12</FontSize></Font>"
     echo "    </${i}Text>"
   done
   echo '  </Text>'

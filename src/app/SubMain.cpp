@@ -31,6 +31,7 @@
 #include "core/clsText.h"
 #include "core/OutputClones.h"
 #include "core/frmMain.h"
+#include "core/frm3DShape.h"
 #include "core/frmOutputConfiguration.h"
 #include "persistence/ShowFile.h"
 #include "persistence/UIPositionFile.h"
@@ -42,6 +43,7 @@
 #include "shell/FocusTracker.h"
 #include "shell/CloneDisplay.h"
 #include "shell/MainWindow.h"
+#include "shell/frm3DShapeWindow.h"
 #include "shell/frmOutputConfigurationWindow.h"
 #include "shell/frmDisplay.h"
 #include "shell/frmMsgBox.h"
@@ -206,6 +208,14 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
     if (form.Running()) form.StopRender();
   };
   form.Clones = &clones;
+  // The text boxes of the running output follow the texts' list.
+  form.AfterTextRemoved = [&display](std::int32_t index) {
+    if (clsDirectx* directx = display ? display->Directx() : nullptr) directx->TextBoxRemove(index);
+  };
+  form.AfterZOrder = [&display](std::int32_t index, bool toBack) {
+    if (clsDirectx* directx = display ? display->Directx() : nullptr) directx->TextFrameZOrder(index, toBack);
+  };
+  frm3DShape shapeForm(model, form);
 
   form.CreateOutputWindow = [&form, &text, &display, &applicationFolder, &clones]() -> std::unique_ptr<OutputWindow> {
     auto* window = new frmDisplay(text, applicationFolder);
@@ -251,6 +261,13 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
   QObject::connect(outputMenu->addAction(QObject::tr("Output &Configuration...")), &QAction::triggered, [&outputWindow] {
     outputWindow.show();
     outputWindow.raise();
+  });
+  frm3DShapeWindow shapeWindow(shapeForm);
+  shapeWindow.MeshFolder = QString::fromStdString(applicationFolder);
+  QMenu* textMenu = window.menuBar()->addMenu(QObject::tr("&Text"));
+  QObject::connect(textMenu->addAction(QObject::tr("3D &Shape...")), &QAction::triggered, [&shapeWindow] {
+    shapeWindow.show();
+    shapeWindow.raise();
   });
   QObject::connect(outputMenu->addAction(QObject::tr("&Device Information")), &QAction::triggered, [&] {
     clsDirectx* directx = display ? display->Directx() : nullptr;

@@ -125,8 +125,10 @@ void clsDirectx::Render3DCopy(std::int32_t index, std::int32_t j, const TextFram
   // blended text is drawn white so each copy can tint it with its own colour.
   if (box.TextBoxTextureFileName.empty() && j == 1) {
     const std::uint32_t color = t.AlphaBlend ? 0xFFFFFFFFu : copyColor;
-    // Font sizes are points at 720 lines, drawn at the preview's scale like the box.
-    const float pixelSize = std::max(1.0f, frame.Font->Size) * (96.0f / 72.0f) * (ph / 720.0f);
+    // A 3D text's size changes go to its scale: its string is drawn at the base size, in points
+    // at 720 lines, at the preview's scale like the box.
+    const float points = t.FONT_SIZE_ZERO > 0 ? t.FONT_SIZE_ZERO : t.Font.Size;
+    const float pixelSize = std::max(1.0f, points) * (96.0f / 72.0f) * (ph / 720.0f);
     RenderTextToSurface(d, *textDrawer_, box, *frame.Font, pixelSize, color, t.BackGroundColor,
                         FormatFlags(index, frame.AlignX), frame.Text);
   }

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "core/ControlModel.h"
+#include "core/TextObject.h"
+
+namespace lumivane {
+
+class frmMain;
+
+// The shape editor as the engine sees it: which surface the selected text is drawn on (the plain
+// quad, a circle, a wave, a spiral or an imported mesh) and each shape's parameters. Its controls
+// are bound to fields of frmMain::TextSelected, so every change saves into the selected text and
+// selecting another text fills them. The Qt window is a view over these controls.
+class frm3DShape {
+ public:
+  static constexpr std::string_view kFormName = "frm3DShape";
+
+  // What a shape gets when it is ticked on a text that never had it (all its fields 0, as in
+  // texts made before shapes existed): values that give a visible shape on a text box 1 to 10
+  // world units across.
+  static constexpr Circle3D kCircleDefaults{3, 10, 1};
+  static constexpr Wave3D kWaveDefaults{1, 360, 5, 0, 1};
+  static constexpr Spiral3D kSpiralDefaults{4, 3, 10, 1};
+  // The mesh's camera distance the slider shows for a record's 0.
+  static constexpr int kMeshZDefault = -20;
+
+  struct ShapeControls {
+    // At most one ticked; each enables its own frame.
+    ControlHandle chkCircle, chkWave, chkSpiral, chkCustom;
+    ControlHandle fraCircle, fraWave, fraSpiral, fraCustom;
+    ControlHandle SliderCircleRadius, SliderCircleSmoothness, SliderCircleTiling;
+    ControlHandle SliderWaveAmplitude, SliderWaveSize, SliderWavePhase, SliderWaveTiling;
+    ControlHandle SliderSpiralRadius, SliderSpiralRevolutionCount, SliderSpiralSmoothness, SliderSpiralTiling;
+    ControlHandle cmdLoadCustomMesh, SliderCustomMeshZ, chkCustomMeshPreserveTextures, txtMeshInfo;
+  };
+
+  // Registers the controls and adds their bindings to `main`; when `main` already has a text
+  // selected, the controls show it at once.
+  frm3DShape(ControlModel& model, frmMain& main);
+  frm3DShape(const frm3DShape&) = delete;
+  frm3DShape& operator=(const frm3DShape&) = delete;
+
+  ControlModel& Model() noexcept { return model_; }
+  const ShapeControls& Controls() const noexcept { return c_; }
+
+  // The record's Shape3DType the check boxes stand for: "Circle", "Wave", "Spiral", "Custom", or
+  // empty (the plain quad) when none is ticked.
+  std::string ShapeType() const;
+
+  // cmdLoadCustomMesh: asks for a file, stores it as the selected text's mesh and hands it to
+  // LoadMesh. Nothing happens without a selected text or when the answer is empty.
+  void LoadCustomMesh();
+
+  // Supplied by the view: the file the operator chose; empty when cancelled.
+  std::function<std::string()> ChooseMeshFile;
+  // Supplied by the mesh loader: loads `fileName` for frmMain::TextSelected and may fill its
+  // mesh fields (Mesh3DInfo), which are then saved and shown.
+  std::function<void(const std::string& fileName)> LoadMesh;
+
+ private:
+  void RegisterControls();
+  void BindFields();
+  // A check box changed: keeps the others unticked and the frames in step, then saves.
+  void ShapeChecked(ControlHandle check, Origin origin);
+
+  ControlModel& model_;
+  frmMain& main_;
+  ShapeControls c_;
+  bool switching_ = false;  // unticking the others for a tick: the tick's own save covers them
+};
+
+}  // namespace lumivane

@@ -1,0 +1,121 @@
+#include "shell/frm3DShapeWindow.h"
+
+#include <QCheckBox>
+#include <QFileDialog>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QPointer>
+#include <QPushButton>
+#include <QSlider>
+#include <QVBoxLayout>
+
+#include "core/frm3DShape.h"
+#include "shell/WidgetBinding.h"
+
+namespace lumivane {
+
+namespace {
+
+// A label that shows a slider control's value, whoever moves it.
+class SliderValue final : public QObject {
+ public:
+  SliderValue(ControlModel& model, ControlHandle control, QLabel* label)
+      : QObject(label), model_(model), control_(control), label_(label) {
+    listener_ = model_.Observe(control_, [this](const ControlEvent&) { Show(); });
+    Show();
+  }
+  ~SliderValue() override { model_.Disconnect(control_, listener_); }
+
+ private:
+  void Show() {
+    if (label_) label_->setNum(ControlModel::Value(control_));
+  }
+
+  ControlModel& model_;
+  ControlHandle control_;
+  QPointer<QLabel> label_;
+  ListenerId listener_ = 0;
+};
+
+}  // namespace
+
+frm3DShapeWindow::frm3DShapeWindow(frm3DShape& form, QWidget* parent) : QWidget(parent), form_(form) {
+  setObjectName(QString::fromUtf8(frm3DShape::kFormName.data(), static_cast<qsizetype>(frm3DShape::kFormName.size())));
+  setWindowTitle(tr("3D Shape"));
+  setWindowFlag(Qt::Tool);
+  ControlModel& model = form.Model();
+  const auto& c = form.Controls();
+
+  auto* layout = new QVBoxLayout(this);
+  // A check box and, beneath it, its frame with a grid of labelled sliders.
+  auto shape = [&](ControlHandle check, ControlHandle frame) {
+    auto* tick = new QCheckBox(this);
+    WidgetBinding::Bind(model, check, tick);
+    layout->addWidget(tick);
+    auto* box = new QGroupBox(this);
+    WidgetBinding::Bind(model, frame, box);
+    auto* grid = new QGridLayout(box);
+    grid->setColumnStretch(1, 1);
+    layout->addWidget(box);
+    return grid;
+  };
+  auto slider = [&](QGridLayout* grid, const QString& caption, ControlHandle control) {
+    const int row = grid->rowCount();
+    QWidget* box = grid->parentWidget();
+    auto* s = new QSlider(Qt::Horizontal, box);
+    WidgetBinding::Bind(model, control, s);
+    auto* value = new QLabel(box);
+    value->setObjectName(s->objectName() + QStringLiteral("Value"));
+    value->setMinimumWidth(value->fontMetrics().horizontalAdvance(QStringLiteral("-0000")));
+    value->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    new SliderValue(model, control, value);
+    grid->addWidget(new QLabel(caption, box), row, 0);
+    grid->addWidget(s, row, 1);
+    grid->addWidget(value, row, 2);
+  };
+
+  QGridLayout* circle = shape(c.chkCircle, c.fraCircle);
+  slider(circle, tr("Radius"), c.SliderCircleRadius);
+  slider(circle, tr("Smoothness"), c.SliderCircleSmoothness);
+  slider(circle, tr("Tiling"), c.SliderCircleTiling);
+
+  QGridLayout* wave = shape(c.chkWave, c.fraWave);
+  slider(wave, tr("Amplitude"), c.SliderWaveAmplitude);
+  slider(wave, tr("Size"), c.SliderWaveSize);
+  slider(wave, tr("Phase"), c.SliderWavePhase);
+  slider(wave, tr("Tiling"), c.SliderWaveTiling);
+
+  QGridLayout* spiral = shape(c.chkSpiral, c.fraSpiral);
+  slider(spiral, tr("Radius"), c.SliderSpiralRadius);
+  slider(spiral, tr("Revolutions"), c.SliderSpiralRevolutionCount);
+  slider(spiral, tr("Smoothness"), c.SliderSpiralSmoothness);
+  slider(spiral, tr("Tiling"), c.SliderSpiralTiling);
+
+  QGridLayout* custom = shape(c.chkCustom, c.fraCustom);
+  QWidget* customBox = custom->parentWidget();
+  auto* load = new QPushButton(customBox);
+  WidgetBinding::Bind(model, c.cmdLoadCustomMesh, load);
+  custom->addWidget(load, 0, 0, 1, 3);
+  slider(custom, tr("Zoom"), c.SliderCustomMeshZ);
+  auto* preserve = new QCheckBox(customBox);
+  WidgetBinding::Bind(model, c.chkCustomMeshPreserveTextures, preserve);
+  custom->addWidget(preserve, custom->rowCount(), 0, 1, 3);
+  auto* info = new QPlainTextEdit(customBox);
+  info->setReadOnly(true);
+  info->setMaximumHeight(info->fontMetrics().lineSpacing() * 6);
+  WidgetBinding::Bind(model, c.txtMeshInfo, info);
+  custom->addWidget(info, custom->rowCount(), 0, 1, 3);
+  layout->addStretch();
+
+  form.ChooseMeshFile = [this] {
+    return QFileDialog::getOpenFileName(this, tr("Load Custom Mesh (3DS)"), MeshFolder,
+                                        tr("3DS, X Files (*.3DS *.3ds *.X *.x)"))
+        .toStdString();
+  };
+}
+
+frm3DShapeWindow::~frm3DShapeWindow() { form_.ChooseMeshFile = nullptr; }
+
+}  // namespace lumivane

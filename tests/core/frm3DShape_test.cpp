@@ -1,0 +1,179 @@
+#include "core/frm3DShape.h"
+
+#include <gtest/gtest.h>
+
+#include "core/frmMain.h"
+#include "support/EngineFixture.h"
+#include "support/FakeMsgBox.h"
+
+namespace lumivane {
+namespace {
+
+class ShapeFormTest : public ::testing::Test, protected test::EngineFixture {
+ protected:
+  ControlModel model;
+  test::FakeMsgBox msg;
+  frmMain main{model, text, msg};
+  frm3DShape form{model, main};
+  const frm3DShape::ShapeControls& c = form.Controls();
+
+  TextObject Stored(std::int32_t index) { return text.TextRecordRead(index); }
+  static int Value(ControlHandle h) { return ControlModel::Value(h); }
+  static bool Enabled(ControlHandle h) { return ControlModel::Enabled(h); }
+};
+
+TEST_F(ShapeFormTest, TheShapesAreExclusiveAndEachEnablesOnlyItsOwnFrame) {
+  main.AddText();
+  int saves = 0;
+  main.AfterSave = [&] { ++saves; };
+  EXPECT_FALSE(Enabled(c.fraCircle) || Enabled(c.fraWave) || Enabled(c.fraSpiral) || Enabled(c.fraCustom));
+
+  model.SetValue(c.chkWave, 1, Origin::Widget);
+  EXPECT_EQ(Stored(1).Shape3DType, "Wave");
+  EXPECT_TRUE(Enabled(c.fraWave));
+  EXPECT_FALSE(Enabled(c.fraCircle));
+
+  ASSERT_TRUE(model.Drive(c.chkSpiral, "1", Origin::Midi));
+  EXPECT_EQ(Value(c.chkWave), 0);
+  EXPECT_EQ(Stored(1).Shape3DType, "Spiral");
+  EXPECT_TRUE(Enabled(c.fraSpiral));
+  EXPECT_FALSE(Enabled(c.fraWave));
+
+  model.SetValue(c.chkCustom, 1, Origin::File);
+  EXPECT_EQ(Value(c.chkSpiral), 0);
+  EXPECT_EQ(Stored(1).Shape3DType, "Custom");
+
+  model.SetValue(c.chkCustom, 0, Origin::Widget);  // none ticked: the plain quad
+  EXPECT_EQ(Stored(1).Shape3DType, "");
+  EXPECT_FALSE(Enabled(c.fraCircle) || Enabled(c.fraWave) || Enabled(c.fraSpiral) || Enabled(c.fraCustom));
+  // Unticking the previous shape rides on the tick's own save.
+  EXPECT_EQ(saves, 4);
+}
+
+TEST_F(ShapeFormTest, EverySliderWritesItsOwnFieldOfTheSelectedText) {
+  main.AddText();
+  main.AddText();
+  main.SelectText(1);
+
+  model.SetValue(c.SliderCircleRadius, 7, Origin::Widget);
+  model.SetValue(c.SliderCircleSmoothness, 45, Origin::Widget);
+  ASSERT_TRUE(model.DriveNumber(c.SliderCircleTiling, 4, Origin::Audio));
+  model.SetValue(c.SliderWaveAmplitude, 2, Origin::Widget);
+  model.SetValue(c.SliderWaveSize, 540, Origin::Widget);
+  model.SetValue(c.SliderWavePhase, 30, Origin::Widget);
+  model.SetValue(c.SliderWaveTiling, 3, Origin::Widget);
+  model.SetValue(c.SliderSpiralRadius, 9, Origin::Widget);
+  model.SetValue(c.SliderSpiralRevolutionCount, 6, Origin::Widget);
+  model.SetValue(c.SliderSpiralSmoothness, 15, Origin::Widget);
+  ASSERT_TRUE(model.Drive(c.SliderSpiralTiling, "2", Origin::Animation));
+  model.SetValue(c.SliderCustomMeshZ, -75, Origin::Widget);
+  model.SetValue(c.chkCustomMeshPreserveTextures, 1, Origin::Widget);
+
+  const TextObject t = Stored(1);
+  EXPECT_EQ(t.Circle3D, (Circle3D{7, 45, 4}));
+  EXPECT_EQ(t.Wave3D, (Wave3D{2, 540, 30, 0, 3}));  // the running phase is the renderer's
+  EXPECT_EQ(t.Spiral3D, (Spiral3D{9, 6, 15, 2}));
+  EXPECT_EQ(t.Mesh3DZ, -75.0f);
+  EXPECT_EQ(t.Mesh3DPreserveTextures, 1);
+  // Only the selected text.
+  EXPECT_NE(Stored(2).Circle3D.Radius, 7);
+  EXPECT_EQ(Stored(2).Mesh3DPreserveTextures, 0);
+}
+
+TEST_F(ShapeFormTest, SelectingAnotherTextFillsTheControlsWithoutSaving) {
+  main.AddText();
+  main.AddText();
+  TextObject second = Stored(2);
+  second.Shape3DType = "Spiral";
+  second.Spiral3D = Spiral3D{12, 2, 30, 5};
+  second.Mesh3DZ = -120.0f;
+  second.Mesh3DPreserveTextures = 1;
+  second.Mesh3DInfo = "Vertices: 8\r\nFaces: 12";
+  text.TextRecordWrite(2, second);
+  main.SelectText(1);
+  model.SetValue(c.chkCircle, 1, Origin::Widget);
+  int saves = 0;
+  main.AfterSave = [&] { ++saves; };
+
+  main.SelectText(2);
+  EXPECT_EQ(saves, 0);
+  EXPECT_EQ(Value(c.chkSpiral), 1);
+  EXPECT_EQ(Value(c.chkCircle), 0);
+  EXPECT_TRUE(Enabled(c.fraSpiral));
+  EXPECT_FALSE(Enabled(c.fraCircle));
+  EXPECT_EQ(Value(c.SliderSpiralRadius), 12);
+  EXPECT_EQ(Value(c.SliderSpiralTiling), 5);
+  EXPECT_EQ(Value(c.SliderCustomMeshZ), -120);
+  EXPECT_EQ(Value(c.chkCustomMeshPreserveTextures), 1);
+  EXPECT_EQ(ControlModel::Text(c.txtMeshInfo), "Vertices: 8\r\nFaces: 12");
+  EXPECT_EQ(Stored(1).Shape3DType, "Circle");  // untouched by filling the controls
+}
+
+TEST_F(ShapeFormTest, AShapeTheTextNeverHadTakesVisibleDefaultsWhenTicked) {
+  AddText();  // straight into the engine, as a show made before shapes existed holds it
+  main.SelectText(1);
+  ASSERT_EQ(Stored(1).Circle3D, Circle3D{});
+  model.SetValue(c.chkCircle, 1, Origin::Widget);
+  EXPECT_EQ(Stored(1).Circle3D, frm3DShape::kCircleDefaults);
+  model.SetValue(c.chkSpiral, 1, Origin::Widget);
+  EXPECT_EQ(Stored(1).Spiral3D, frm3DShape::kSpiralDefaults);
+
+  // A text with a wave of its own keeps it; a value beyond a slider shows at its end.
+  main.AddText();
+  TextObject t = Stored(2);
+  t.Wave3D = Wave3D{0, 90, 0, 0, 40};
+  text.TextRecordWrite(2, t);
+  main.SelectText(2);
+  EXPECT_EQ(Value(c.SliderWaveTiling), 20);
+  model.SetValue(c.chkWave, 1, Origin::Widget);
+  EXPECT_EQ(Stored(2).Wave3D.Size, 90);
+  EXPECT_EQ(Stored(2).Wave3D.Tiling, 20);
+}
+
+TEST_F(ShapeFormTest, TheMeshZoomKeepsTheStoredDistanceUntilTheSliderMoves) {
+  main.AddText();
+  main.AddText();
+  TextObject t = Stored(2);
+  t.Mesh3DZ = -12.5f;
+  text.TextRecordWrite(2, t);
+
+  main.SelectText(1);
+  EXPECT_EQ(Value(c.SliderCustomMeshZ), frm3DShape::kMeshZDefault);
+  model.SetValue(c.SliderCircleRadius, 5, Origin::Widget);
+  EXPECT_EQ(Stored(1).Mesh3DZ, 0.0f);  // still unset: the renderer keeps its own camera
+
+  main.SelectText(2);
+  EXPECT_EQ(Value(c.SliderCustomMeshZ), -12);
+  model.SetValue(c.SliderCircleRadius, 5, Origin::Widget);
+  EXPECT_EQ(Stored(2).Mesh3DZ, -12.5f);
+  model.SetValue(c.SliderCustomMeshZ, -13, Origin::Widget);
+  EXPECT_EQ(Stored(2).Mesh3DZ, -13.0f);
+}
+
+TEST_F(ShapeFormTest, LoadingAMeshStoresTheFileAndShowsTheLoadersInfo) {
+  std::vector<std::string> loaded;
+  std::string answer;
+  form.ChooseMeshFile = [&] { return answer; };
+  form.LoadMesh = [&](const std::string& file) {
+    loaded.push_back(file);
+    EXPECT_EQ(Stored(1).Mesh3DFileName, file);  // the stored record has it before the loader runs
+    main.TextSelected.Mesh3DInfo = "Vertices: 24";
+  };
+
+  model.Press(c.cmdLoadCustomMesh, Origin::Widget);  // no text yet: nothing to load into
+  main.AddText();
+  model.Press(c.cmdLoadCustomMesh, Origin::Widget);  // cancelled
+  EXPECT_TRUE(loaded.empty());
+  EXPECT_EQ(Stored(1).Mesh3DFileName, "");
+
+  answer = "/shows/3DS_XFiles/ship.3ds";
+  model.Press(c.cmdLoadCustomMesh, Origin::Widget);
+  ASSERT_EQ(loaded.size(), 1u);
+  EXPECT_EQ(loaded[0], answer);
+  EXPECT_EQ(Stored(1).Mesh3DFileName, answer);
+  EXPECT_EQ(Stored(1).Mesh3DInfo, "Vertices: 24");
+  EXPECT_EQ(ControlModel::Text(c.txtMeshInfo), "Vertices: 24");
+}
+
+}  // namespace
+}  // namespace lumivane

@@ -1,0 +1,78 @@
+#include "shell/frm3DShapeWindow.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QSlider>
+
+#include "core/frm3DShape.h"
+#include "core/frmMain.h"
+#include "support/EngineFixture.h"
+#include "support/FakeMsgBox.h"
+
+namespace lumivane {
+namespace {
+
+class ShapeWindowTest : public ::testing::Test, protected test::EngineFixture {
+ protected:
+  ControlModel model;
+  test::FakeMsgBox msg;
+  frmMain main{model, text, msg};
+  frm3DShape form{model, main};
+  const frm3DShape::ShapeControls& c = form.Controls();
+
+  template <class W>
+  W* Find(const char* name) {
+    W* w = window->findChild<W*>(QString::fromLatin1(name));
+    EXPECT_NE(w, nullptr) << name;
+    return w;
+  }
+
+  void SetUp() override {
+    main.AddText();
+    window = std::make_unique<frm3DShapeWindow>(form);
+    window->show();
+    QApplication::processEvents();
+  }
+
+  std::unique_ptr<frm3DShapeWindow> window;
+};
+
+TEST_F(ShapeWindowTest, TickingAShapeInTheWindowChoosesItForTheSelectedText) {
+  EXPECT_EQ(window->windowTitle(), "3D Shape");
+  EXPECT_EQ(Find<QCheckBox>("chkCustom")->text(), "Custom Mesh Import (3DS)");
+  EXPECT_EQ(Find<QPushButton>("cmdLoadCustomMesh")->text(), "Load Custom Mesh (3DS)");
+  EXPECT_TRUE(Find<QPlainTextEdit>("txtMeshInfo")->isReadOnly());
+  auto* waveFrame = Find<QGroupBox>("fraWave");
+  auto* waveSize = Find<QSlider>("SliderWaveSize");
+  ASSERT_TRUE(waveFrame != nullptr && waveSize != nullptr);
+  EXPECT_FALSE(waveSize->isEnabled());  // its frame is off until the wave is ticked
+
+  Find<QCheckBox>("chkWave")->click();
+  EXPECT_EQ(ControlModel::Value(c.chkWave), 1);
+  EXPECT_EQ(text.TextRecordRead(1).Shape3DType, "Wave");
+  EXPECT_TRUE(waveFrame->isEnabled());
+  EXPECT_TRUE(waveSize->isEnabled());
+
+  Find<QCheckBox>("chkCircle")->click();
+  EXPECT_FALSE(Find<QCheckBox>("chkWave")->isChecked());
+  EXPECT_FALSE(waveFrame->isEnabled());
+  EXPECT_TRUE(Find<QGroupBox>("fraCircle")->isEnabled());
+  EXPECT_EQ(text.TextRecordRead(1).Shape3DType, "Circle");
+}
+
+TEST_F(ShapeWindowTest, TheWindowAnswersForTheMeshFileOnlyWhileItLives) {
+  EXPECT_TRUE(static_cast<bool>(form.ChooseMeshFile));
+  window.reset();
+  EXPECT_FALSE(static_cast<bool>(form.ChooseMeshFile));
+  model.Press(c.cmdLoadCustomMesh, Origin::Headless);  // no window to ask: nothing happens
+  EXPECT_EQ(text.TextRecordRead(1).Mesh3DFileName, "");
+}
+
+}  // namespace
+}  // namespace lumivane
