@@ -3,22 +3,11 @@
 text's box, yellow inside the second's, and no white anywhere else. With "mirror-y", the boxes are
 expected upside down, as a clone mirrored on Y shows them.
 Usage: check_output.py DUMP.xwd [mirror-y]"""
-import struct
 import sys
 
-data = open(sys.argv[1], "rb").read()
-fields = struct.unpack(">25I", data[:100])
-header_size, width, height = fields[0], fields[4], fields[5]
-byte_order, bits_per_pixel, bytes_per_line, ncolors = fields[7], fields[11], fields[12], fields[19]
-if bits_per_pixel != 32:
-    sys.exit(f"check_output: {bits_per_pixel} bits a pixel, expected 32")
-pixels = data[header_size + ncolors * 12:]
+import xwd
 
-
-def rgb(x, y):
-    at = y * bytes_per_line + x * 4
-    b0, b1, b2, b3 = pixels[at:at + 4]
-    return (b2, b1, b0) if byte_order == 0 else (b1, b2, b3)
+width, height, rgb = xwd.read(sys.argv[1], "check_output")
 
 
 # The boxes of the show, in the 480x270 pane, scaled to the window.

@@ -6,28 +6,8 @@
 set -euo pipefail
 program=$1
 here=$(cd "$(dirname "$0")" && pwd)
-resources=$(cd "$here/../../resources" && pwd)
-work=$(mktemp -d)
-xvfb_pid=""
-app_pid=""
-cleanup() {
-  [ -n "$app_pid" ] && kill -KILL "$app_pid" 2>/dev/null || true
-  [ -n "$xvfb_pid" ] && kill "$xvfb_pid" 2>/dev/null || true
-  rm -rf "$work"
-}
-trap cleanup EXIT
-fail() { echo "window smoke: $*" >&2; [ -f "$work/app.log" ] && sed 's/^/  app: /' "$work/app.log" >&2; exit 1; }
-
-# A display of our own: Xvfb picks a free number and tells it through the pipe.
-exec 3<> <(:)
-Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp >"$work/xvfb.log" 2>&1 &
-xvfb_pid=$!
-read -r -t 10 display <&3 || fail "Xvfb did not start"
-export DISPLAY=":$display"
-export XDG_RUNTIME_DIR="$work/runtime"
-mkdir -m 700 "$XDG_RUNTIME_DIR"
-# Mesa and the toolkits keep caches that are not ours to hunt as leaks.
-export ASAN_OPTIONS="${ASAN_OPTIONS:-}:detect_leaks=0"
+smoke_name="window smoke"
+. "$here/smoke_lib.sh"
 
 # The demo show as the factory show: the command line starts playback on it. The output count
 # comes from the number of entries in the clone positions file, the main output among them: two
@@ -40,16 +20,6 @@ XML
 "$program" --app-folder "$work/app" ";;1;640x480" >"$work/app.log" 2>&1 &
 app_pid=$!
 
-wait_for() {  # wait_for SECONDS COMMAND...: polls until the command succeeds
-  local until=$((SECONDS + $1)); shift
-  until "$@" >/dev/null 2>&1; do
-    kill -0 "$app_pid" 2>/dev/null || fail "the program ended early"
-    [ $SECONDS -lt $until ] || return 1
-    sleep 0.2
-  done
-}
-playing() { xdotool search --name '^Lumivane \[FPS: [0-9.]+\]$'; }
-output_open() { xdotool search --name '^Lumivane Output$'; }
 output_gone() { ! xdotool search --name '^Lumivane Output$'; }
 
 wait_for 20 output_open || fail "no output window"
