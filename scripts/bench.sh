@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds Release and runs the benchmarks: the Google Benchmark programs (extra arguments go to each
-# of them), then the render benchmark against FFmpeg and the count of a frame's allocations.
+# of them), then the render benchmark against FFmpeg, the count of a frame's allocations and the
+# text box benchmark.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/install-deps.sh
@@ -11,3 +12,4 @@ build/release/bench/lumivane_bench_text "$@"
 build/release/bench/lumivane_bench_show "$@"
 bash bench/render_vs_ffmpeg.sh build/release/src/app/lumivane 600 5
 bash bench/frame_allocations.sh build/release/src/app/lumivane 300
+bash bench/textboxes.sh build/release/src/app/lumivane 300 3
