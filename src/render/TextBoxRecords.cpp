@@ -109,6 +109,13 @@ void clsDirectx::TextBoxSetTexture(std::int32_t index, const TextObject& setting
   });
 }
 
+void clsDirectx::ScaleText(std::int32_t index, float x, float y, float z) {
+  if (TextBoxRecord(index) == nullptr) return;
+  TextBox& box = textBoxes_[static_cast<std::size_t>(index - 1)];
+  box.RootFrame->UpdateFrames();
+  box.TextFrame->AddScale(CD3DFrame::kAfter, x, y, z);
+}
+
 void clsDirectx::TextBoxRemove(std::int32_t index) {
   if (TextBoxRecord(index) == nullptr) return;
   textBoxes_.erase(textBoxes_.begin() + (index - 1));

@@ -96,6 +96,8 @@ class clsDirectx {
   // Keeps the records in the order of the texts after text `index` moved to the first place
   // (`toFirst`) or the last. Nothing is rebuilt. Skipped while the text engine is busy.
   void TextFrameZOrder(std::int32_t index, bool toFirst);
+  // Scales text `index`'s box after its placement (a motion path's scale).
+  void ScaleText(std::int32_t index, float x, float y, float z);
   // Throws every record away; the next setup makes them again.
   void Reset3DText() { textBoxes_.clear(); }
   std::int32_t TextBoxCount() const noexcept { return static_cast<std::int32_t>(textBoxes_.size()); }
