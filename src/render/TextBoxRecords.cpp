@@ -48,9 +48,11 @@ void clsDirectx::RefreshTextBox(std::int32_t index) {
   TextBox& box = textBoxes_[static_cast<std::size_t>(index - 1)];
   // Boxes are kept in preview units, so the texture is the box's own size in preview pixels:
   // small, because the string is drawn into it again in every frame.
+  // A box dragged far beyond the pane still gets a texture of bounded memory (16 MB at most).
+  constexpr int kLargest = 2048;
   const DeviceCaps caps = device_->Caps();
-  const int maxWidth = caps.MaxTextureWidth > 0 ? caps.MaxTextureWidth : 4096;
-  const int maxHeight = caps.MaxTextureHeight > 0 ? caps.MaxTextureHeight : 4096;
+  const int maxWidth = caps.MaxTextureWidth > 0 ? std::min(caps.MaxTextureWidth, kLargest) : kLargest;
+  const int maxHeight = caps.MaxTextureHeight > 0 ? std::min(caps.MaxTextureHeight, kLargest) : kLargest;
   const int width = std::min(NextPowerOfTwo(t.Right - t.Left), maxWidth);
   const int height = std::min(NextPowerOfTwo(t.Bottom - t.Top), maxHeight);
   const bool resized = box.Width != width || box.Height != height;
