@@ -264,6 +264,7 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
   });
   frm3DShapeWindow shapeWindow(shapeForm);
   shapeWindow.MeshFolder = QString::fromStdString(applicationFolder);
+  shapeWindow.PictureFolder = QString::fromStdString(applicationFolder);
   QMenu* textMenu = window.menuBar()->addMenu(QObject::tr("&Text"));
   QObject::connect(textMenu->addAction(QObject::tr("3D &Shape...")), &QAction::triggered, [&shapeWindow] {
     shapeWindow.show();

@@ -113,6 +113,12 @@ void frm3DShape::RegisterControls() {
   c.chkCustomMeshPreserveTextures = check("chkCustomMeshPreserveTextures", "Preserve Mesh Textures");
   c.txtMeshInfo = m.Add(f, ControlKind::TextBox, "txtMeshInfo");
   m.SetToolTip(c.txtMeshInfo, "Shows the Mesh Info");
+
+  c.cmdLoadTextBoxTexture = m.Add(f, ControlKind::CommandButton, "cmdLoadTextBoxTexture");
+  m.SetCaption(c.cmdLoadTextBoxTexture, "Load Text Box Picture");
+  c.cmdClearTextBoxTexture = m.Add(f, ControlKind::CommandButton, "cmdClearTextBoxTexture");
+  m.SetCaption(c.cmdClearTextBoxTexture, "Show the Text");
+  c.lblTextBoxTexture = m.Add(f, ControlKind::Label, "lblTextBoxTexture");
 }
 
 void frm3DShape::BindFields() {
@@ -170,6 +176,13 @@ void frm3DShape::BindFields() {
   bind({info, nullptr, [info](ControlModel& m, const TextObject& t) { m.SetText(info, t.Mesh3DInfo); }}, false);
 
   model_.OnChange(c.cmdLoadCustomMesh, [this](const ControlEvent&) { LoadCustomMesh(); });
+
+  const ControlHandle picture = c.lblTextBoxTexture;
+  bind({picture, nullptr,
+        [picture](ControlModel& m, const TextObject& t) { m.SetCaption(picture, t.TextBoxTextureFileName); }},
+       false);
+  model_.OnChange(c.cmdLoadTextBoxTexture, [this](const ControlEvent&) { LoadTextBoxTexture(); });
+  model_.OnChange(c.cmdClearTextBoxTexture, [this](const ControlEvent&) { ClearTextBoxTexture(); });
 }
 
 std::string frm3DShape::ShapeType() const {
@@ -205,6 +218,25 @@ void frm3DShape::LoadCustomMesh() {
   LoadMesh(file);
   model_.SetText(c_.txtMeshInfo, main_.TextSelected.Mesh3DInfo);
   main_.Save();
+}
+
+void frm3DShape::LoadTextBoxTexture() {
+  const std::int32_t index = main_.getSelectedTextIndex();
+  if (index < 1 || index > main_.Text().PreviewGetTextCount() || !ChooseTextBoxTexture) return;
+  const std::string file = ChooseTextBoxTexture();
+  if (file.empty()) return;
+  // The renderer takes the new name up at its next frame; operate-on-all hands it to every text.
+  main_.TextSelected.TextBoxTextureFileName = file;
+  main_.Save();
+  model_.SetCaption(c_.lblTextBoxTexture, file);
+}
+
+void frm3DShape::ClearTextBoxTexture() {
+  const std::int32_t index = main_.getSelectedTextIndex();
+  if (index < 1 || index > main_.Text().PreviewGetTextCount()) return;
+  main_.TextSelected.TextBoxTextureFileName.clear();
+  main_.Save();
+  model_.SetCaption(c_.lblTextBoxTexture, "");
 }
 
 }  // namespace lumivane

@@ -36,6 +36,8 @@ class frm3DShape {
     ControlHandle SliderWaveAmplitude, SliderWaveSize, SliderWavePhase, SliderWaveTiling;
     ControlHandle SliderSpiralRadius, SliderSpiralRevolutionCount, SliderSpiralSmoothness, SliderSpiralTiling;
     ControlHandle cmdLoadCustomMesh, SliderCustomMeshZ, chkCustomMeshPreserveTextures, txtMeshInfo;
+    // A picture shown on the text's shape in place of its string, and the way back to the string.
+    ControlHandle cmdLoadTextBoxTexture, cmdClearTextBoxTexture, lblTextBoxTexture;
   };
 
   // Registers the controls and adds their bindings to `main`; when `main` already has a text
@@ -55,8 +57,14 @@ class frm3DShape {
   // LoadMesh. Nothing happens without a selected text or when the answer is empty.
   void LoadCustomMesh();
 
+  // cmdLoadTextBoxTexture: asks for a picture and shows it on the selected text's shape (on every
+  // text's with operate-on-all). cmdClearTextBoxTexture goes back to the string.
+  void LoadTextBoxTexture();
+  void ClearTextBoxTexture();
+
   // Supplied by the view: the file the operator chose; empty when cancelled.
   std::function<std::string()> ChooseMeshFile;
+  std::function<std::string()> ChooseTextBoxTexture;
   // Supplied by the mesh loader: loads `fileName` for frmMain::TextSelected and may fill its
   // mesh fields (Mesh3DInfo), which are then saved and shown.
   std::function<void(const std::string& fileName)> LoadMesh;

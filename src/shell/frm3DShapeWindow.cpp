@@ -107,6 +107,20 @@ frm3DShapeWindow::frm3DShapeWindow(frm3DShape& form, QWidget* parent) : QWidget(
   info->setMaximumHeight(info->fontMetrics().lineSpacing() * 6);
   WidgetBinding::Bind(model, c.txtMeshInfo, info);
   custom->addWidget(info, custom->rowCount(), 0, 1, 3);
+
+  auto* picture = new QGroupBox(tr("Text Box Picture"), this);
+  auto* pictureLayout = new QGridLayout(picture);
+  auto* loadPicture = new QPushButton(picture);
+  WidgetBinding::Bind(model, c.cmdLoadTextBoxTexture, loadPicture);
+  auto* clearPicture = new QPushButton(picture);
+  WidgetBinding::Bind(model, c.cmdClearTextBoxTexture, clearPicture);
+  auto* pictureName = new QLabel(picture);
+  pictureName->setWordWrap(true);
+  WidgetBinding::Bind(model, c.lblTextBoxTexture, pictureName);
+  pictureLayout->addWidget(loadPicture, 0, 0);
+  pictureLayout->addWidget(clearPicture, 0, 1);
+  pictureLayout->addWidget(pictureName, 1, 0, 1, 2);
+  layout->addWidget(picture);
   layout->addStretch();
 
   form.ChooseMeshFile = [this] {
@@ -114,8 +128,17 @@ frm3DShapeWindow::frm3DShapeWindow(frm3DShape& form, QWidget* parent) : QWidget(
                                         tr("3DS, X Files (*.3DS *.3ds *.X *.x)"))
         .toStdString();
   };
+  // Pure black in the picture is transparent on the shape.
+  form.ChooseTextBoxTexture = [this] {
+    return QFileDialog::getOpenFileName(this, tr("Load Text Box Picture"), PictureFolder,
+                                        tr("Images (*.png *.jpg *.jpeg *.bmp *.gif *.webp)"))
+        .toStdString();
+  };
 }
 
-frm3DShapeWindow::~frm3DShapeWindow() { form_.ChooseMeshFile = nullptr; }
+frm3DShapeWindow::~frm3DShapeWindow() {
+  form_.ChooseMeshFile = nullptr;
+  form_.ChooseTextBoxTexture = nullptr;
+}
 
 }  // namespace lumivane

@@ -8,8 +8,8 @@ namespace lumivane {
 class frm3DShape;
 
 // The shape editor as the operator sees it: one check box per shape, each over its frame of
-// sliders (with their values beside them), and the custom mesh's controls; each a view of
-// frm3DShape's controls. The window answers the form's question for a mesh file.
+// sliders (with their values beside them), the custom mesh's controls and the text box picture;
+// each a view of frm3DShape's controls. The window answers the form's questions for files.
 class frm3DShapeWindow final : public QWidget {
   Q_OBJECT
 
@@ -19,6 +19,8 @@ class frm3DShapeWindow final : public QWidget {
 
   // Where the mesh file dialog opens; the working folder when empty.
   QString MeshFolder;
+  // Where the text box picture dialog opens.
+  QString PictureFolder;
 
  private:
   frm3DShape& form_;

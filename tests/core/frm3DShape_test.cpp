@@ -175,5 +175,31 @@ TEST_F(ShapeFormTest, LoadingAMeshStoresTheFileAndShowsTheLoadersInfo) {
   EXPECT_EQ(ControlModel::Text(c.txtMeshInfo), "Vertices: 24");
 }
 
+// A picture in place of the string: for the selected text, or for every text with operate-on-all;
+// the way back clears it.
+TEST_F(ShapeFormTest, APictureGoesToTheSelectedTextOrToAllAndBack) {
+  main.AddText();
+  main.AddText();
+  main.SelectText(1);
+  std::string answer = "/shows/TextBoxTextures/star.png";
+  form.ChooseTextBoxTexture = [&] { return answer; };
+  model.Press(c.cmdLoadTextBoxTexture, Origin::Widget);
+  EXPECT_EQ(Stored(1).TextBoxTextureFileName, answer);
+  EXPECT_EQ(Stored(2).TextBoxTextureFileName, "");
+  EXPECT_EQ(c.lblTextBoxTexture.get()->Caption, answer);
+
+  model.SetValue(main.chkOPerateOnAllTexts(), 1, Origin::Widget);
+  answer = "/shows/TextBoxTextures/moon.png";
+  model.Press(c.cmdLoadTextBoxTexture, Origin::Widget);
+  EXPECT_EQ(Stored(1).TextBoxTextureFileName, answer);
+  EXPECT_EQ(Stored(2).TextBoxTextureFileName, answer);
+
+  model.SetValue(main.chkOPerateOnAllTexts(), 0, Origin::Widget);
+  model.Press(c.cmdClearTextBoxTexture, Origin::Widget);
+  EXPECT_EQ(Stored(1).TextBoxTextureFileName, "");
+  EXPECT_EQ(Stored(2).TextBoxTextureFileName, answer);
+  EXPECT_EQ(c.lblTextBoxTexture.get()->Caption, "");
+}
+
 }  // namespace
 }  // namespace lumivane
