@@ -8,6 +8,8 @@ packages=(
   # libraries
   qt6-base-dev libqt6opengl6-dev libpugixml-dev qt6-qpa-plugins libgl-dev libgl1-mesa-dri libegl-mesa0 libegl-dev libepoxy-dev
   libavcodec-dev libavformat-dev libavutil-dev libswscale-dev
+  # the tessellator that fills extruded text
+  libglu1-mesa-dev
   # tests, benchmarks and the fuzzer
   libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev heaptrack ffmpeg
   # headless display for window tests
