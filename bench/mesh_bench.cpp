@@ -1,0 +1,42 @@
+// Building the solid of an extruded text: outlines, tessellation and walls, as a text's mesh is
+// rebuilt when its string or font changes.
+#include <benchmark/benchmark.h>
+
+#include <QGuiApplication>
+#include <string>
+
+#include "render/TextMesh.h"
+
+namespace lumivane {
+namespace {
+
+void BM_BuildTextMesh(benchmark::State& state, const char* fontName, std::string text) {
+  const TextFont font{fontName, 24};
+  std::size_t triangles = 0;
+  for (auto _ : state) {
+    const MeshData mesh = BuildTextMesh(font, text, 0.001f, 0.2f);
+    triangles = mesh.FaceCount();
+    benchmark::DoNotOptimize(mesh.Indices.data());
+  }
+  state.counters["triangles"] = static_cast<double>(triangles);
+}
+// Twenty characters: capitals, lower case with curves, and digits as a counter shows them.
+BENCHMARK_CAPTURE(BM_BuildTextMesh, sans_words_20, "DejaVu Sans", std::string("Lumivane Live Visual"))
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_BuildTextMesh, serif_20, "DejaVu Serif", std::string("QUARTZ GLYPHS 8@&%O!"))
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_BuildTextMesh, digits_20, "DejaVu Sans Mono", std::string("01234567890123456789"))
+    ->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace lumivane
+
+// Fonts need the application object; offscreen, so no display is needed.
+int main(int argc, char** argv) {
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  QGuiApplication app(argc, argv);
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}
