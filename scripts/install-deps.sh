@@ -6,7 +6,7 @@ packages=(
   # toolchain
   build-essential cmake ninja-build ccache pkg-config git
   # libraries
-  qt6-base-dev libqt6opengl6-dev libpugixml-dev qt6-qpa-plugins libgl-dev libgl1-mesa-dri libegl-mesa0 libegl-dev libepoxy-dev
+  qt6-base-dev libqt6opengl6-dev libpugixml-dev qt6-qpa-plugins libgl-dev libgl1-mesa-dri libegl-mesa0 libegl-dev libepoxy-dev libassimp-dev
   libavcodec-dev libavformat-dev libavutil-dev libswscale-dev
   # the tessellator that fills extruded text
   libglu1-mesa-dev
