@@ -151,23 +151,6 @@ TEST_F(HeadlessRunnerTest, TextIsDrawnInItsColourInsideItsBoxOnly) {
   EXPECT_EQ(outside, 0);
 }
 
-// A video name writes a video file through the encoder, with one picture per frame.
-TEST_F(HeadlessRunnerTest, AVideoNameWritesAVideoFile) {
-  std::ofstream(showPath) << "<File><Text><TextCount>0</TextCount></Text></File>";
-  const std::string video = ::testing::TempDir() + "lumivane_runner.mkv";
-  std::remove(video.c_str());
-  ASSERT_EQ(Run({"--headless", showPath, "--frames", "12", "--size", "64x48", "--out", video}), 0) << err.str();
-  std::ifstream file(video, std::ios::binary);
-  char magic[4] = {};
-  file.read(magic, 4);
-  EXPECT_EQ(std::string(magic, 4), std::string("\x1a\x45\xdf\xa3", 4));  // a Matroska file
-  std::remove(video.c_str());
-  // An odd size cannot be coded: one line, non-zero, and no file.
-  EXPECT_NE(Run({"--headless", showPath, "--frames", "2", "--size", "63x47", "--out", video}), 0);
-  EXPECT_NE(err.str().find("even"), std::string::npos);
-  EXPECT_FALSE(std::ifstream(video).good());
-}
-
 // A small show built in code, played through the runner's frame loop, checked by its text log.
 TEST(HeadlessTextLog, LogsEveryDrawnTextAndCopyFrameByFrame) {
   const auto parsed = ParseOptions({"--headless", "show.xml", "--fps", "10", "--seed", "5"});

@@ -80,35 +80,6 @@ TEST_F(ShapeFormTest, EverySliderWritesItsOwnFieldOfTheSelectedText) {
   EXPECT_EQ(Stored(2).Mesh3DPreserveTextures, 0);
 }
 
-TEST_F(ShapeFormTest, SelectingAnotherTextFillsTheControlsWithoutSaving) {
-  main.AddText();
-  main.AddText();
-  TextObject second = Stored(2);
-  second.Shape3DType = "Spiral";
-  second.Spiral3D = Spiral3D{12, 2, 30, 5};
-  second.Mesh3DZ = -120.0f;
-  second.Mesh3DPreserveTextures = 1;
-  second.Mesh3DInfo = "Vertices: 8\r\nFaces: 12";
-  text.TextRecordWrite(2, second);
-  main.SelectText(1);
-  model.SetValue(c.chkCircle, 1, Origin::Widget);
-  int saves = 0;
-  main.AfterSave = [&] { ++saves; };
-
-  main.SelectText(2);
-  EXPECT_EQ(saves, 0);
-  EXPECT_EQ(Value(c.chkSpiral), 1);
-  EXPECT_EQ(Value(c.chkCircle), 0);
-  EXPECT_TRUE(Enabled(c.fraSpiral));
-  EXPECT_FALSE(Enabled(c.fraCircle));
-  EXPECT_EQ(Value(c.SliderSpiralRadius), 12);
-  EXPECT_EQ(Value(c.SliderSpiralTiling), 5);
-  EXPECT_EQ(Value(c.SliderCustomMeshZ), -120);
-  EXPECT_EQ(Value(c.chkCustomMeshPreserveTextures), 1);
-  EXPECT_EQ(ControlModel::Text(c.txtMeshInfo), "Vertices: 8\r\nFaces: 12");
-  EXPECT_EQ(Stored(1).Shape3DType, "Circle");  // untouched by filling the controls
-}
-
 TEST_F(ShapeFormTest, AShapeTheTextNeverHadTakesVisibleDefaultsWhenTicked) {
   AddText();  // straight into the engine, as a show made before shapes existed holds it
   main.SelectText(1);
@@ -148,31 +119,6 @@ TEST_F(ShapeFormTest, TheMeshZoomKeepsTheStoredDistanceUntilTheSliderMoves) {
   EXPECT_EQ(Stored(2).Mesh3DZ, -12.5f);
   model.SetValue(c.SliderCustomMeshZ, -13, Origin::Widget);
   EXPECT_EQ(Stored(2).Mesh3DZ, -13.0f);
-}
-
-TEST_F(ShapeFormTest, LoadingAMeshStoresTheFileAndShowsTheLoadersInfo) {
-  std::vector<std::string> loaded;
-  std::string answer;
-  form.ChooseMeshFile = [&] { return answer; };
-  form.LoadMesh = [&](const std::string& file) {
-    loaded.push_back(file);
-    EXPECT_EQ(Stored(1).Mesh3DFileName, file);  // the stored record has it before the loader runs
-    main.TextSelected.Mesh3DInfo = "Vertices: 24";
-  };
-
-  model.Press(c.cmdLoadCustomMesh, Origin::Widget);  // no text yet: nothing to load into
-  main.AddText();
-  model.Press(c.cmdLoadCustomMesh, Origin::Widget);  // cancelled
-  EXPECT_TRUE(loaded.empty());
-  EXPECT_EQ(Stored(1).Mesh3DFileName, "");
-
-  answer = "/shows/3DS_XFiles/ship.3ds";
-  model.Press(c.cmdLoadCustomMesh, Origin::Widget);
-  ASSERT_EQ(loaded.size(), 1u);
-  EXPECT_EQ(loaded[0], answer);
-  EXPECT_EQ(Stored(1).Mesh3DFileName, answer);
-  EXPECT_EQ(Stored(1).Mesh3DInfo, "Vertices: 24");
-  EXPECT_EQ(ControlModel::Text(c.txtMeshInfo), "Vertices: 24");
 }
 
 // A picture in place of the string: for the selected text, or for every text with operate-on-all;

@@ -197,17 +197,6 @@ TEST_F(PlaybackTest, ThePreviewMonitorFollowsItsPanelAndRate) {
   EXPECT_LE(previews, 9);
 }
 
-TEST_F(PlaybackTest, ResetAsksFirst) {
-  AddText("a");
-  msg.answers = {MsgBox::No};
-  model.Press(p.cmdReset, Origin::Widget);
-  EXPECT_EQ(msg.shown.back(), "Are you sure you want to Reset Lumivane?");
-  EXPECT_EQ(text.PreviewGetTextCount(), 1);
-  msg.answers = {MsgBox::Yes};
-  model.Press(p.cmdReset, Origin::Widget);
-  EXPECT_EQ(text.PreviewGetTextCount(), 0);
-}
-
 TEST_F(PlaybackTest, OutputKeysReachTheirControls) {
   ASSERT_TRUE(form.StartRender());
   form.HotKey(OutputKey::FullScreen);

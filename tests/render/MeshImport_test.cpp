@@ -236,15 +236,6 @@ void ExpectRefused(const MeshImportResult& r, const std::string& name, const std
   EXPECT_TRUE(r.Mesh.Vertices.empty());
 }
 
-TEST_F(MeshImport, PointsAndLinesAreLeftOut) {
-  const MeshImportResult r =
-      ImportMesh(Write("mixed.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 5 5 5\nf 1 2 3\nl 1 4\np 4\n"));
-  ASSERT_TRUE(r.Ok) << r.Error;
-  EXPECT_EQ(r.Info, "mixed.obj\r\nF: 1\r\nV: 3");
-  ExpectBox(r.Mesh, {0, 0, 0}, {1, 1, 0});
-  ExpectRefused(ImportMesh(Write("lines.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nl 1 2 3\n")), "lines.obj", "no triangles");
-}
-
 TEST_F(MeshImport, FilesThatAreNotModelsAreRefusedWithAReason) {
   ExpectRefused(ImportMesh(Path("missing.obj")), "missing.obj", "could not be found");
   ExpectRefused(ImportMesh(Write("empty.x", "")), "empty.x", "empty");

@@ -5,8 +5,6 @@
 #include "render/CD3DFrame.h"
 #include "render/TextBox.h"
 #include "render/TextBoxShape.h"
-#include "render/TextDrawer.h"
-#include "support/RenderFixture.h"
 
 namespace lumivane {
 namespace {
@@ -166,45 +164,6 @@ TEST(TextBox, WorldModeTurnsAboutTheCentreAndOtherwiseInPlace) {
   UpdateTextBoxFrame(box, *device, 640, 480, -20);
   box.TextFrame->GetUpdatedMatrix().Transform(p, out);
   EXPECT_NEAR(out[1], 2.0f, 1e-3);  // scaled before it turns
-}
-
-// A string drawn into its record's texture, and the texture on the quad in world space: centred
-// on the screen at the size the texture has over the back buffer, the string on its background.
-TEST(TextBox, TheStringReachesTheScreenThroughItsTextureOnTheShape) {
-  std::string error;
-  auto device = CreateHeadlessDevice(128, 128, error);
-  ASSERT_NE(device, nullptr) << error;
-  TextDrawer drawer(*device);
-  TextBox box;
-  box.Width = box.Height = 32;
-  box.Texture = device->CreateTexture(32, 32, TextureFormat::A8R8G8B8, true);
-  ASSERT_NE(box.Texture, 0u);
-  TextObject text;
-  RenderTextToSurface(*device, drawer, box, TextFont{"DejaVu Sans", 12}, 28, 0xFFFFFFFF, 0x000000FF, kTextCenter,
-                      "I");  // a white I on red (program order: red in the low byte)
-  // The camera ten units back: a quarter-turn field shows 4.14 units each side of the centre; the
-  // box's half size is 32 / 128 * 10 = 2.5 units, so it spans about 60 % of each half.
-  UpdateTextBoxFrame(box, *device, 128, 128, -10);
-  device->BeginScene();
-  device->Clear(0xFF000000);
-  TextBoxScratch scratch;
-  Wave3D wave;
-  RenderTextBox(*device, box, text, wave, true, false, 0xFFFFFFFF, false, 0, scratch);
-  device->EndScene();
-  std::vector<std::uint8_t> rgba;
-  ASSERT_TRUE(device->ReadBackNow(rgba));
-  EXPECT_EQ(test::Pixel(rgba, 128, 2, 2), 0x000000u);    // outside the box
-  EXPECT_EQ(test::Pixel(rgba, 128, 125, 64), 0x000000u);
-  EXPECT_EQ(test::Pixel(rgba, 128, 40, 64), 0xFF0000u);  // the background of the texture
-  int white = 0, left = 128, right = -1;
-  for (int y = 0; y < 128; ++y)
-    for (int x = 0; x < 128; ++x)
-      if (test::Pixel(rgba, 128, x, y) == 0xFFFFFFu) ++white, left = std::min(left, x), right = std::max(right, x);
-  EXPECT_GT(white, 20);
-  EXPECT_NEAR((left + right) / 2.0, 64, 4);  // the centred I, centred on the screen
-  int red = 0;
-  for (int x = 0; x < 128; ++x) red += test::Pixel(rgba, 128, x, 64) == 0xFF0000u;
-  EXPECT_NEAR(red + (right - left + 1), 128 * 2.5 / 4.142, 6);  // the box's width across the middle row
 }
 
 }  // namespace

@@ -66,13 +66,5 @@ TEST_F(ShapeWindowTest, TickingAShapeInTheWindowChoosesItForTheSelectedText) {
   EXPECT_EQ(text.TextRecordRead(1).Shape3DType, "Circle");
 }
 
-TEST_F(ShapeWindowTest, TheWindowAnswersForTheMeshFileOnlyWhileItLives) {
-  EXPECT_TRUE(static_cast<bool>(form.ChooseMeshFile));
-  window.reset();
-  EXPECT_FALSE(static_cast<bool>(form.ChooseMeshFile));
-  model.Press(c.cmdLoadCustomMesh, Origin::Headless);  // no window to ask: nothing happens
-  EXPECT_EQ(text.TextRecordRead(1).Mesh3DFileName, "");
-}
-
 }  // namespace
 }  // namespace lumivane

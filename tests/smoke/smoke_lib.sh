@@ -33,3 +33,22 @@ wait_for() {  # wait_for SECONDS COMMAND...: polls until the command succeeds
 }
 playing() { xdotool search --name '^Lumivane \[FPS: [0-9.]+\]$'; }
 output_open() { xdotool search --name '^Lumivane Output$'; }
+# Waits for the output window and playback, lets a few frames pass, and dumps the output to
+# $work/output.xwd (also to $SMOKE_SCREENSHOT when set).
+screenshot_when_playing() {
+  wait_for 20 output_open || fail "no output window"
+  wait_for 20 playing || fail "playback did not start (no frame rate in the caption)"
+  sleep 1
+  local output
+  output=$(xdotool search --name '^Lumivane Output$' | head -n 1)
+  xwd -id "$output" -silent -out "$work/output.xwd" || fail "no screenshot of the output window"
+  if [ -n "${SMOKE_SCREENSHOT:-}" ]; then cp "$work/output.xwd" "$SMOKE_SCREENSHOT"; fi
+}
+# A terminate signal must end the program cleanly, with exit code 0.
+quit_cleanly() {
+  kill -TERM "$app_pid"
+  local status=0
+  wait "$app_pid" || status=$?
+  app_pid=""
+  [ "$status" -eq 0 ] || fail "the program quit with exit code $status"
+}

@@ -12,16 +12,7 @@ mkdir -p "$work/app"
 cp "$resources/Demo Text Boxes.xml" "$work/app/Reset.xml"
 "$program" --app-folder "$work/app" ";;1;1280x720" >"$work/app.log" 2>&1 &
 app_pid=$!
-wait_for 20 output_open || fail "no output window"
-wait_for 20 playing || fail "playback did not start (no frame rate in the caption)"
-sleep 1  # a few frames
-output=$(xdotool search --name '^Lumivane Output$' | head -n 1)
-xwd -id "$output" -silent -out "$work/output.xwd" || fail "no screenshot of the output window"
-if [ -n "${SMOKE_SCREENSHOT:-}" ]; then cp "$work/output.xwd" "$SMOKE_SCREENSHOT"; fi
+screenshot_when_playing
 python3 "$here/check_textboxes.py" "$work/output.xwd" || fail "the output does not show the text boxes"
-kill -TERM "$app_pid"
-status=0
-wait "$app_pid" || status=$?
-app_pid=""
-[ "$status" -eq 0 ] || fail "the program quit with exit code $status"
+quit_cleanly
 echo "text box smoke: the four shapes are on the output"

@@ -22,15 +22,10 @@ app_pid=$!
 
 output_gone() { ! xdotool search --name '^Lumivane Output$'; }
 
-wait_for 20 output_open || fail "no output window"
-wait_for 20 playing || fail "playback did not start (no frame rate in the caption)"
-
+screenshot_when_playing
 clone_open() { xdotool search --name '^Lumivane Clone 1$'; }
 wait_for 10 clone_open || fail "the clone output did not open"
-sleep 1  # a few frames
-output=$(xdotool search --name '^Lumivane Output$' | head -n 1)
-xwd -id "$output" -silent -out "$work/output.xwd" || fail "no screenshot of the output window"
-if [ -n "${SMOKE_SCREENSHOT:-}" ]; then cp "$work/output.xwd" "$SMOKE_SCREENSHOT"; fi
+sleep 1  # the clone's first frames
 python3 "$here/check_output.py" "$work/output.xwd" || fail "the output does not show the show"
 clone=$(xdotool search --name '^Lumivane Clone 1$' | head -n 1)
 xwd -id "$clone" -silent -out "$work/clone.xwd" || fail "no screenshot of the clone"
@@ -55,9 +50,5 @@ for attempt in 1 2 3; do
 done
 [ "$stopped" = yes ] || fail "Escape did not stop playback"
 
-kill -TERM "$app_pid"
-status=0
-wait "$app_pid" || status=$?
-app_pid=""
-[ "$status" -eq 0 ] || fail "the program quit with exit code $status"
+quit_cleanly
 echo "window smoke: played, stopped and quit cleanly"
