@@ -4,7 +4,7 @@
 
 namespace lumivane {
 
-void TextPass::Run(clsText& text, const TextFrameInput& input, const TextDraw& draw, Kind kind) {
+void TextPass::Run(clsText& text, const TextFrameInput& input, const TextDraw& draw, Kind kind, bool everyCopy) {
   const std::int32_t count = text.RenderGetTextCount();
   for (std::int32_t i = 1; i <= count; ++i) {
     if (text.PreviewText3D(i) != (kind == Kind::ThreeD)) continue;
@@ -15,7 +15,7 @@ void TextPass::Run(clsText& text, const TextFrameInput& input, const TextDraw& d
         first_.assign(frame.Text);  // the step's own buffer is reused by the next step
       else
         frame.Text = first_;
-      if (frame.Enabled && !frame.Text.empty() && draw) draw(i, j - 1, frame);
+      if ((everyCopy || (frame.Enabled && !frame.Text.empty())) && draw) draw(i, j - 1, frame);
     }
   }
 }

@@ -21,7 +21,10 @@ using TextDraw = std::function<void(std::int32_t index, std::int32_t copy, const
 class TextPass {
  public:
   enum class Kind { Flat, ThreeD };
-  void Run(clsText& text, const TextFrameInput& input, const TextDraw& draw, Kind kind = Kind::Flat);
+  // With `everyCopy`, `draw` hears of every copy, also those that show nothing (whose placement
+  // still runs on, as a looping rotation does).
+  void Run(clsText& text, const TextFrameInput& input, const TextDraw& draw, Kind kind = Kind::Flat,
+           bool everyCopy = false);
   // Both kinds, flat texts first: what a frame steps when nothing is drawn.
   void RunAll(clsText& text, const TextFrameInput& input, const TextDraw& draw) {
     Run(text, input, draw, Kind::Flat);

@@ -24,26 +24,17 @@ void clsDirectx::Render3D(const FrameArguments& args) {
     // Records follow their texts: new texts, new box sizes and new pictures are taken up here.
     TextBoxSetup();
   }
-  const std::int32_t count = text_.RenderGetTextCount();
-  for (std::int32_t i = 1; i <= count; ++i) {
-    if (!text_.PreviewText3D(i)) continue;
-    const std::int32_t copies = text_.RenderGetOutputMultiplier(i);
-    for (std::int32_t j = 1; j <= copies; ++j) {
-      TextFrame frame = text_.TextFrameStep(i, j, args.Text);
-      if (j == 1)
-        first3D_.assign(frame.Text);  // the step's own buffer is reused by the next step
-      else
-        frame.Text = first3D_;
-      const bool draw = frame.Enabled && !frame.Text.empty();
-      if (draw && TextDrawn) TextDrawn(i, j - 1, frame);
-      if (d != nullptr && i <= TextBoxCount()) Render3DCopy(i, j, frame, draw, args);
-    }
-    if (d != nullptr) d->SetRenderState(RenderState::ALPHABLENDENABLE, 0);
-  }
+  frameArguments_ = &args;
+  textPass_.Run(text_, args.Text, draw3D_, TextPass::Kind::ThreeD, true);
+  frameArguments_ = nullptr;
+  if (d != nullptr) d->SetRenderState(RenderState::ALPHABLENDENABLE, 0);
 }
 
-void clsDirectx::Render3DCopy(std::int32_t index, std::int32_t j, const TextFrame& frame, bool draw,
-                              const FrameArguments& args) {
+void clsDirectx::Render3DCopy(std::int32_t index, std::int32_t j, const TextFrame& frame) {
+  const bool draw = frame.Enabled && !frame.Text.empty();
+  if (draw && TextDrawn) TextDrawn(index, j - 1, frame);
+  if (device_ == nullptr || index > TextBoxCount() || frameArguments_ == nullptr) return;
+  const FrameArguments& args = *frameArguments_;
   RenderDevice& d = *device_;
   const TextObject& t = text_.Live()[static_cast<std::size_t>(index - 1)];
   TextBox& box = textBoxes_[static_cast<std::size_t>(index - 1)];

@@ -28,6 +28,9 @@ FrameArguments ReadFrameArguments(const frmMain& form) {
 clsDirectx::clsDirectx(clsText& text)
     : text_(text), drawText_([this](std::int32_t index, std::int32_t copy, const TextFrame& frame) {
         DrawText(index, copy, frame);
+      }),
+      draw3D_([this](std::int32_t index, std::int32_t copy, const TextFrame& frame) {
+        Render3DCopy(index, copy + 1, frame);
       }) {}
 
 clsDirectx::~clsDirectx() { Destroy(); }
@@ -105,7 +108,7 @@ void clsDirectx::RenderFrame(const FrameArguments& args) {
   // 8.
   if (d != nullptr) d->SetTexture(0);
   // 9.
-  DrawTexts(args, lumivane::TextPass::Kind::Flat);
+  DrawFlatTexts(args);
   // 10.
   if (d != nullptr) d->EndScene();
   // 11.
@@ -117,12 +120,12 @@ void clsDirectx::RenderFrame(const FrameArguments& args) {
   if (CloneRender) CloneRender();
 }
 
-void clsDirectx::DrawTexts(const FrameArguments& args, TextPass::Kind kind) {
+void clsDirectx::DrawFlatTexts(const FrameArguments& args) {
   RenderDevice* d = device_;
   drawHeight_ = d != nullptr ? static_cast<float>(d->BackBufferHeight()) : 0.0f;
   drawScaleX_ = d != nullptr && args.PreviewWidth > 0 ? static_cast<float>(d->BackBufferWidth()) / static_cast<float>(args.PreviewWidth) : 0.0f;
   drawScaleY_ = args.PreviewHeight > 0 ? drawHeight_ / static_cast<float>(args.PreviewHeight) : 0.0f;
-  textPass_.Run(text_, args.Text, drawText_, kind);
+  textPass_.Run(text_, args.Text, drawText_, TextPass::Kind::Flat);
 }
 
 void clsDirectx::DrawText(std::int32_t index, std::int32_t copy, const TextFrame& frame) {

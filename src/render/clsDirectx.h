@@ -109,15 +109,14 @@ class clsDirectx {
   static float CameraZ(const TextObject& text, int previewHeight);
 
  private:
-  // The flat texts, or the 3D texts drawn flat.
-  void DrawTexts(const FrameArguments& args, TextPass::Kind kind);
+  // The flat texts, straight into the back buffer.
+  void DrawFlatTexts(const FrameArguments& args);
   void DrawText(std::int32_t index, std::int32_t copy, const TextFrame& frame);
   std::uint32_t FormatFlags(std::int32_t index, std::string_view alignX) const;
   // The 3D pass: every 3D text and each of its copies placed, turned and scaled in world space
   // and drawn on its shape.
   void Render3D(const FrameArguments& args);
-  void Render3DCopy(std::int32_t index, std::int32_t copy, const TextFrame& frame, bool draw,
-                    const FrameArguments& args);
+  void Render3DCopy(std::int32_t index, std::int32_t copy, const TextFrame& frame);
   // Record `index` made or refreshed for its text's box and picture.
   void RefreshTextBox(std::int32_t index);
   std::shared_ptr<const TextureId> HoldTexture(TextureId texture);
@@ -132,7 +131,8 @@ class clsDirectx {
   TextureId feedbackTexture_ = 0;
   std::vector<TextBox> textBoxes_;
   TextBoxScratch textBoxScratch_;
-  std::string first3D_;  // the string copy 1 of a 3D text drew, for its further copies
+  TextDraw draw3D_;
+  const FrameArguments* frameArguments_ = nullptr;  // the frame's, while the 3D pass runs
   std::string applicationFolder_;
 };
 
