@@ -125,6 +125,10 @@ void clsText::RenderSetWaveCurrentPhase(std::int32_t index, std::int32_t phase) 
   if (TextObject* t = At(LiveTexts, index)) t->Wave3D.CurrentPhase = phase;
 }
 
+void clsText::RenderSetMesh3DInfo(std::int32_t index, const std::string& info) {
+  if (TextObject* t = At(LiveTexts, index)) t->Mesh3DInfo = info;
+}
+
 void clsText::RenderSynchronizeText(std::int32_t index) noexcept {
   if (TextObject* t = LiveRecord(index)) t->SynchronizeText = true;
 }

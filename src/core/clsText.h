@@ -51,6 +51,8 @@ class clsText {
   void RenderSetRotationCurrentAngle(std::int32_t index, float x, float y, float z) noexcept;
   // The wave shape's running phase, in degrees.
   void RenderSetWaveCurrentPhase(std::int32_t index, std::int32_t phase) noexcept;
+  // The mesh info of a text's model, as the renderer read it.
+  void RenderSetMesh3DInfo(std::int32_t index, const std::string& info);
   // Forces one update of the live text at the next frame (a motion path event).
   void RenderSynchronizeText(std::int32_t index) noexcept;
 

@@ -196,6 +196,12 @@ GlDevice::~GlDevice() {
       if (t.framebuffer != 0) glDeleteFramebuffers(1, &t.framebuffer);
       if (t.name != 0) glDeleteTextures(1, &t.name);
     }
+    for (Mesh& m : meshes_) {
+      if (m.vertexArray == 0) continue;
+      glDeleteVertexArrays(1, &m.vertexArray);
+      glDeleteBuffers(1, &m.vertices);
+      glDeleteBuffers(1, &m.indices);
+    }
     glDeleteVertexArrays(3, vertexArrays_);
     glDeleteBuffers(1, &vertexBuffer_);
     glDeleteSamplers(1, &sampler_);

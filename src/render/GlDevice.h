@@ -45,6 +45,13 @@ class GlDevice final : public RenderDevice {
   void DrawPrimitiveUP(PrimitiveType type, std::uint32_t primitiveCount, const void* vertices,
                        std::uint32_t stride) override;
 
+  MeshId CreateMesh(const MeshData& mesh) override;
+  void DrawMeshSubset(MeshId mesh, std::uint32_t subset) override;
+  void ReleaseMesh(MeshId mesh) override;
+  void SetMaterial(const MeshMaterial& material) override;
+  void SetLight(const Light& light) override;
+  void LightEnable(bool on) override;
+
   TextureId CreateTexture(int width, int height, TextureFormat format, bool renderTarget) override;
   TextureId CreateTextureFromImage(const TextureImage& image) override;
   void UpdateTexture(TextureId texture, int x, int y, int width, int height, const void* pixels,
@@ -80,15 +87,25 @@ class GlDevice final : public RenderDevice {
     int width = 0, height = 0;
     bool alpha = false;  // a back buffer keeps its alpha at 1
   };
-  // A shader program for one combination of vertex layout and stage-0 operations.
+  // A mesh in the device's memory: its vertex array over its own vertex and index buffers.
+  struct Mesh {
+    GLuint vertexArray = 0, vertices = 0, indices = 0;
+    std::vector<MeshSubset> subsets;
+  };
+  // A shader program for one combination of vertex layout, lighting, texture coordinates and
+  // stage-0 operations.
   struct Program {
     GLuint name = 0;
     GLint viewport = -1, transform = -1, factor = -1;
+    GLint worldView = -1, normalMatrix = -1, textureMatrix = -1;
+    GLint materialDiffuse = -1, materialAmbient = -1, materialSpecular = -1, materialEmissive = -1, materialPower = -1;
+    GLint ambient = -1, lightOn = -1, lightDiffuse = -1, lightSpecular = -1, lightAmbient = -1, lightDirection = -1;
+    bool eyeSpace = false;  // lit, or with texture coordinates made or transformed: the uniforms above are set
   };
   // The state a draw is made under; draws under equal state are batched.
   struct DrawState {
-    std::uint32_t render[144] = {};
-    std::uint32_t stage[19] = {};
+    std::uint32_t render[176] = {};
+    std::uint32_t stage[25] = {};
     TextureId texture = 0;
     VertexFormat format = VertexFormat::TL;
   };
@@ -108,6 +125,7 @@ class GlDevice final : public RenderDevice {
   // Draws what is batched; every operation other than a draw calls it first.
   void Flush();
   void ApplyState(const Target& target);
+  void SetLightingUniforms(const Program& program, const DrawState& s);
   const Program* ProgramFor(const DrawState& state);
   // A frame that begins without a clear inherits the last frame's pixels, as a single back buffer
   // would keep them.
@@ -155,7 +173,12 @@ class GlDevice final : public RenderDevice {
 
   DrawState state_;       // as set
   DrawState batchState_;  // what the batch is drawn under
-  Matrix world_, view_, projection_;
+  Matrix world_, view_, projection_, texture0_;
+  MeshMaterial material_;
+  Light light_;
+  bool lightOn_ = false;
+  std::vector<Mesh> meshes_;  // by id - 1; a released slot has vertexArray 0
+  std::vector<MeshId> freeMeshes_;
   bool transformChanged_ = true;
   std::unordered_map<std::uint64_t, Program> programs_;
   const Program* program_ = nullptr;

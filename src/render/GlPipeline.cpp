@@ -1,5 +1,7 @@
 // The device's drawing: render and stage states, shader programs made for each combination of
 // vertex layout and stage operations, and batched draws from client vertex lists.
+#include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <string>
 
@@ -9,13 +11,14 @@ namespace lumivane {
 
 namespace {
 
-constexpr std::uint32_t kRenderStates = 144, kStageStates = 19;
+constexpr std::uint32_t kRenderStates = 176, kStageStates = 25;
 
 std::uint32_t FormatSize(VertexFormat format) {
   switch (format) {
     case VertexFormat::TL: return sizeof(TLVERTEX);
     case VertexFormat::L: return sizeof(LVERTEX);
     case VertexFormat::Line: return sizeof(LINEVERTEX);
+    case VertexFormat::Mesh: return 0;  // only from the device's own meshes
   }
   return 0;
 }
@@ -129,6 +132,7 @@ void GlDevice::ResetState() {
   render(RenderState::ZFUNC, 4);
   render(RenderState::TEXTUREFACTOR, 0xFFFFFFFFu);
   render(RenderState::LIGHTING, 1);
+  render(RenderState::COLORWRITEENABLE, 0xF);
   stage(TextureStageState::COLOROP, 4);
   stage(TextureStageState::COLORARG1, 2);
   stage(TextureStageState::COLORARG2, 1);
@@ -169,6 +173,7 @@ void GlDevice::SetTransform(TransformState state, const Matrix& matrix) {
     case TransformState::World: world_ = matrix; break;
     case TransformState::View: view_ = matrix; break;
     case TransformState::Projection: projection_ = matrix; break;
+    case TransformState::Texture0: texture0_ = matrix; break;
   }
   transformChanged_ = true;
 }
@@ -198,19 +203,28 @@ void GlDevice::DrawPrimitiveUP(PrimitiveType type, std::uint32_t primitiveCount,
 }
 
 const GlDevice::Program* GlDevice::ProgramFor(const DrawState& s) {
+  auto render = [&](RenderState r) { return s.render[static_cast<std::uint32_t>(r)]; };
+  auto stage = [&](TextureStageState t) { return s.stage[static_cast<std::uint32_t>(t)]; };
   const bool textured = s.texture != 0;
   const bool pretransformed = s.format == VertexFormat::TL;
-  const bool specular = s.render[static_cast<std::uint32_t>(RenderState::SPECULARENABLE)] != 0 &&
-                        s.format != VertexFormat::Line;
-  const bool flat = s.render[static_cast<std::uint32_t>(RenderState::SHADEMODE)] == 1;
-  auto stage = [&](TextureStageState t) { return s.stage[static_cast<std::uint32_t>(t)] & 0x3F; };
-  std::uint64_t key = (pretransformed ? 1u : 0u) | (specular ? 2u : 0u) | (flat ? 4u : 0u) | (textured ? 8u : 0u);
+  const bool mesh = s.format == VertexFormat::Mesh;
+  const bool lit = mesh && render(RenderState::LIGHTING) != 0;
+  const bool specular = render(RenderState::SPECULARENABLE) != 0 && s.format != VertexFormat::Line;
+  const bool flat = render(RenderState::SHADEMODE) == 1;
+  // Texture coordinates: the vertex's own or the camera-space position, optionally through the
+  // texture matrix (pre-transformed vertices always take their own).
+  const std::uint32_t generate = textured && !pretransformed ? (stage(TextureStageState::TEXCOORDINDEX) >> 16) & 3 : 0;
+  const std::uint32_t transformCount =
+      textured && !pretransformed ? std::min<std::uint32_t>(stage(TextureStageState::TEXTURETRANSFORMFLAGS) & 0xFF, 4) : 0;
+  std::uint64_t key = (pretransformed ? 1u : 0u) | (specular ? 2u : 0u) | (flat ? 4u : 0u) | (textured ? 8u : 0u) |
+                      (mesh ? 16u : 0u) | (lit ? 32u : 0u);
+  key |= static_cast<std::uint64_t>(generate) << 6 | static_cast<std::uint64_t>(transformCount) << 8;
   if (textured) {
     // Without a texture the stage passes the diffuse colour on, whatever its operations.
-    int shift = 4;
+    int shift = 12;
     for (TextureStageState t : {TextureStageState::COLOROP, TextureStageState::COLORARG1, TextureStageState::COLORARG2,
                                 TextureStageState::ALPHAOP, TextureStageState::ALPHAARG1, TextureStageState::ALPHAARG2}) {
-      key |= static_cast<std::uint64_t>(stage(t)) << shift;
+      key |= static_cast<std::uint64_t>(stage(t) & 0x3F) << shift;
       shift += 6;
     }
   }
@@ -222,8 +236,18 @@ const GlDevice::Program* GlDevice::ProgramFor(const DrawState& s) {
                        "layout(location = 1) in vec4 diffuse;\n"
                        "layout(location = 2) in vec4 specular;\n"
                        "layout(location = 3) in vec2 texel;\n"
+                       "layout(location = 4) in vec3 normal;\n"
                        "uniform vec2 viewport;\n"
-                       "uniform mat4 transform;\n" +
+                       "uniform mat4 transform;\n"
+                       "uniform mat4 worldView;\n"
+                       "uniform mat3 normalMatrix;\n"
+                       "uniform mat4 textureMatrix;\n"
+                       "uniform vec4 materialDiffuse, materialAmbient, materialSpecular, materialEmissive;\n"
+                       "uniform float materialPower;\n"
+                       "uniform vec4 ambient;\n"
+                       "uniform float lightOn;\n"
+                       "uniform vec4 lightDiffuse, lightSpecular, lightAmbient;\n"
+                       "uniform vec3 lightDirection;\n" +
                        interpolation + "out vec4 vDiffuse;\n" + interpolation +
                        "out vec4 vSpecular;\n"
                        "out vec2 vTexel;\n"
@@ -241,6 +265,22 @@ const GlDevice::Program* GlDevice::ProgramFor(const DrawState& s) {
     // to the target's first row.
     vertex += "  vec4 p = transform * vec4(position.xyz, 1.0);\n"
               "  gl_Position = vec4(p.x, -p.y, p.z * 2.0 - p.w, p.w);\n";
+    if (lit || generate != 0) vertex += "  vec3 eye = (worldView * vec4(position.xyz, 1.0)).xyz;\n";
+    if (lit) {
+      // In camera space, the eye at the origin; lightDirection points towards the light.
+      vertex += "  vec3 n = normalize(normalMatrix * normal);\n"
+                "  float nl = max(dot(n, lightDirection), 0.0) * lightOn;\n"
+                "  vec4 c = materialEmissive + ambient * materialAmbient +\n"
+                "           lightOn * lightAmbient * materialAmbient + nl * lightDiffuse * materialDiffuse;\n"
+                "  vDiffuse = vec4(c.rgb, materialDiffuse.a);\n"
+                "  vec3 h = normalize(lightDirection + normalize(-eye));\n"
+                "  float nh = nl > 0.0 ? pow(max(dot(n, h), 0.0), materialPower) : 0.0;\n"
+                "  vSpecular = vec4((nh * lightSpecular * materialSpecular).rgb, 0.0);\n";
+    }
+    const std::string source = generate == 2 ? "vec4(eye, 1.0)" : generate == 1 ? "vec4(normalMatrix * normal, 1.0)"
+                                                                               : "vec4(texel, 1.0, 0.0)";
+    if (transformCount != 0) vertex += "  vTexel = (textureMatrix * " + source + ").xy;\n";
+    else if (generate != 0) vertex += "  vTexel = " + source + ".xy;\n";
   }
   vertex += "}\n";
   std::string fragment = "#version 330 core\n"
@@ -253,11 +293,12 @@ const GlDevice::Program* GlDevice::ProgramFor(const DrawState& s) {
                          "void main() {\n"
                          "  vec4 d = vDiffuse;\n";
   if (textured) {
+    auto op = [&](TextureStageState o, TextureStageState a1, TextureStageState a2) {
+      return Operation(stage(o) & 0x3F, stage(a1) & 0x3F, stage(a2) & 0x3F);
+    };
     fragment += "  vec4 t = texture(picture, vTexel);\n";
-    fragment += "  vec3 c = (" + Operation(stage(TextureStageState::COLOROP), stage(TextureStageState::COLORARG1),
-                                         stage(TextureStageState::COLORARG2)) + ").rgb;\n";
-    fragment += "  float a = (" + Operation(stage(TextureStageState::ALPHAOP), stage(TextureStageState::ALPHAARG1),
-                                          stage(TextureStageState::ALPHAARG2)) + ").a;\n";
+    fragment += "  vec3 c = (" + op(TextureStageState::COLOROP, TextureStageState::COLORARG1, TextureStageState::COLORARG2) + ").rgb;\n";
+    fragment += "  float a = (" + op(TextureStageState::ALPHAOP, TextureStageState::ALPHAARG1, TextureStageState::ALPHAARG2) + ").a;\n";
   } else {
     fragment += "  vec3 c = d.rgb;\n  float a = d.a;\n";
   }
@@ -265,6 +306,7 @@ const GlDevice::Program* GlDevice::ProgramFor(const DrawState& s) {
   fragment += "  fragment = clamp(vec4(c, a), 0.0, 1.0);\n}\n";
 
   Program program;
+  program.eyeSpace = lit || generate != 0 || transformCount != 0;
   const GLuint vs = Compile(GL_VERTEX_SHADER, vertex);
   const GLuint fs = Compile(GL_FRAGMENT_SHADER, fragment);
   if (vs != 0 && fs != 0) {
@@ -278,11 +320,26 @@ const GlDevice::Program* GlDevice::ProgramFor(const DrawState& s) {
       glDeleteProgram(program.name);
       program.name = 0;
     } else {
-      program.viewport = glGetUniformLocation(program.name, "viewport");
-      program.transform = glGetUniformLocation(program.name, "transform");
-      program.factor = glGetUniformLocation(program.name, "factor");
+      auto at = [&](const char* name) { return glGetUniformLocation(program.name, name); };
+      program.viewport = at("viewport");
+      program.transform = at("transform");
+      program.factor = at("factor");
+      program.worldView = at("worldView");
+      program.normalMatrix = at("normalMatrix");
+      program.textureMatrix = at("textureMatrix");
+      program.materialDiffuse = at("materialDiffuse");
+      program.materialAmbient = at("materialAmbient");
+      program.materialSpecular = at("materialSpecular");
+      program.materialEmissive = at("materialEmissive");
+      program.materialPower = at("materialPower");
+      program.ambient = at("ambient");
+      program.lightOn = at("lightOn");
+      program.lightDiffuse = at("lightDiffuse");
+      program.lightSpecular = at("lightSpecular");
+      program.lightAmbient = at("lightAmbient");
+      program.lightDirection = at("lightDirection");
       glUseProgram(program.name);
-      glUniform1i(glGetUniformLocation(program.name, "picture"), 0);
+      glUniform1i(at("picture"), 0);
     }
   }
   if (vs != 0) glDeleteShader(vs);
@@ -300,7 +357,8 @@ void GlDevice::ApplyState(const Target& target) {
   glDisable(GL_SCISSOR_TEST);
   glDisable(GL_STENCIL_TEST);
   // A back buffer's alpha stays 1, as on an X8R8G8B8 buffer, which keeps DEST_ALPHA blending sane.
-  glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, target.alpha ? GL_TRUE : GL_FALSE);
+  const std::uint32_t write = render(RenderState::COLORWRITEENABLE);
+  glColorMask((write & 1) != 0, (write & 2) != 0, (write & 4) != 0, target.alpha && (write & 8) != 0);
 
   if (render(RenderState::ALPHABLENDENABLE) != 0) {
     GLenum source, destination;
@@ -363,6 +421,7 @@ void GlDevice::ApplyState(const Target& target) {
   if (s.format != VertexFormat::TL) {
     const Matrix wvp = world_ * view_ * projection_;
     glUniformMatrix4fv(program_->transform, 1, GL_FALSE, &wvp.m[0][0]);
+    SetLightingUniforms(*program_, s);
   }
   const std::uint32_t f = render(RenderState::TEXTUREFACTOR);
   glUniform4f(program_->factor, static_cast<float>((f >> 16) & 0xFF) / 255.0f, static_cast<float>((f >> 8) & 0xFF) / 255.0f,
@@ -376,6 +435,49 @@ void GlDevice::ApplyState(const Target& target) {
   glSamplerParameteri(sampler_, GL_TEXTURE_WRAP_S, Address(stage(TextureStageState::ADDRESSU)));
   glSamplerParameteri(sampler_, GL_TEXTURE_WRAP_T, Address(stage(TextureStageState::ADDRESSV)));
   glStateValid_ = true;
+}
+
+void GlDevice::SetLightingUniforms(const Program& program, const DrawState& s) {
+  if (!program.eyeSpace) return;
+  const Matrix worldView = world_ * view_;
+  glUniformMatrix4fv(program.worldView, 1, GL_FALSE, &worldView.m[0][0]);
+  glUniformMatrix4fv(program.textureMatrix, 1, GL_FALSE, &texture0_.m[0][0]);
+  // Normals go through the inverse transpose of the world-view matrix, so a text scaled unevenly
+  // keeps its walls' normals square to them. For row vectors that is the inverse itself, read
+  // row by row.
+  const float(&m)[4][4] = worldView.m;
+  float inverse[3][3] = {{m[1][1] * m[2][2] - m[1][2] * m[2][1], m[0][2] * m[2][1] - m[0][1] * m[2][2],
+                          m[0][1] * m[1][2] - m[0][2] * m[1][1]},
+                         {m[1][2] * m[2][0] - m[1][0] * m[2][2], m[0][0] * m[2][2] - m[0][2] * m[2][0],
+                          m[0][2] * m[1][0] - m[0][0] * m[1][2]},
+                         {m[1][0] * m[2][1] - m[1][1] * m[2][0], m[0][1] * m[2][0] - m[0][0] * m[2][1],
+                          m[0][0] * m[1][1] - m[0][1] * m[1][0]}};
+  const float determinant = m[0][0] * inverse[0][0] + m[0][1] * inverse[1][0] + m[0][2] * inverse[2][0];
+  // A scale of 0 flattens the mesh: any normal will do, the lengths are normalised anyway.
+  const float scale = determinant != 0.0f ? 1.0f / determinant : 0.0f;
+  for (auto& row : inverse)
+    for (float& v : row) v *= scale;
+  glUniformMatrix3fv(program.normalMatrix, 1, GL_TRUE, &inverse[0][0]);
+  glUniform4fv(program.materialDiffuse, 1, material_.Diffuse);
+  glUniform4fv(program.materialAmbient, 1, material_.Ambient);
+  glUniform4fv(program.materialSpecular, 1, material_.Specular);
+  glUniform4fv(program.materialEmissive, 1, material_.Emissive);
+  glUniform1f(program.materialPower, material_.Power);
+  const std::uint32_t a = s.render[static_cast<std::uint32_t>(RenderState::AMBIENT)];
+  glUniform4f(program.ambient, static_cast<float>((a >> 16) & 0xFF) / 255.0f, static_cast<float>((a >> 8) & 0xFF) / 255.0f,
+              static_cast<float>(a & 0xFF) / 255.0f, static_cast<float>(a >> 24) / 255.0f);
+  glUniform1f(program.lightOn, lightOn_ ? 1.0f : 0.0f);
+  glUniform4fv(program.lightDiffuse, 1, light_.Diffuse);
+  glUniform4fv(program.lightSpecular, 1, light_.Specular);
+  glUniform4fv(program.lightAmbient, 1, light_.Ambient);
+  // Towards the light, in camera space.
+  const float(&v)[4][4] = view_.m;
+  const float* d = light_.Direction;
+  float toLight[3] = {-(d[0] * v[0][0] + d[1] * v[1][0] + d[2] * v[2][0]), -(d[0] * v[0][1] + d[1] * v[1][1] + d[2] * v[2][1]),
+                      -(d[0] * v[0][2] + d[1] * v[1][2] + d[2] * v[2][2])};
+  const float length = std::sqrt(toLight[0] * toLight[0] + toLight[1] * toLight[1] + toLight[2] * toLight[2]);
+  for (float& c : toLight) c = length > 0 ? c / length : 0.0f;
+  glUniform3fv(program.lightDirection, 1, toLight);
 }
 
 void GlDevice::Flush() {

@@ -55,7 +55,8 @@ std::string Quoted(const std::string& path) { return "The mesh file \"" + path +
 
 MeshImportResult Fail(const std::string& name, std::string error) {
   MeshImportResult r;
-  r.Info = name + "\r\nF: Error\r\nV: Error";
+  // The reason follows the two counts, so the mesh info box tells the operator what went wrong.
+  r.Info = name + "\r\nF: Error\r\nV: Error\r\n" + error;
   r.Error = std::move(error);
   return r;
 }

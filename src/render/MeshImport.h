@@ -17,7 +17,7 @@ struct MeshImportResult {
   // model's folder; empty for none. Pictures embedded in the model keep their name as the model
   // gives it ("*0" for glTF and FBX), as there is no file to point at.
   std::vector<std::string> TextureFileNames;
-  // "NAME\r\nF: FACES\r\nV: VERTICES", both counts "Error" on failure.
+  // "NAME\r\nF: FACES\r\nV: VERTICES"; on failure both counts "Error" and a line with the reason.
   std::string Info;
   // Plain English, naming the file; empty on success.
   std::string Error;

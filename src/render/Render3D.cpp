@@ -1,10 +1,14 @@
 // The 3D pass of the frame: each 3D text, and each copy of it, placed, turned and scaled in world
 // space and drawn on its shape with its string's texture.
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 
 #include "core/Color.h"
 #include "core/TextObject.h"
 #include "core/clsText.h"
+#include "render/Mesh3D.h"
+#include "render/TextMesh.h"
 #include "render/clsDirectx.h"
 
 namespace lumivane {
@@ -85,11 +89,13 @@ void clsDirectx::Render3DCopy(std::int32_t index, std::int32_t j, const TextFram
   box.ScaleX = box.ScaleY = box.ScaleZ = scale;
   const std::string& shape = t.Shape3DType;
   const bool hasShape = !shape.empty();
+  const bool meshed = t.Extrude3D != 0.0f && !hasShape;
   // Box half sizes are over the back buffer's width and height alike; a flat shape drawn across
-  // the screen is widened back to the texture's own proportions.
+  // the screen is widened back to the texture's own proportions. An extruded string is built
+  // in the font's own proportions and needs no correction.
   const float bbWidth = static_cast<float>(d.BackBufferWidth()), bbHeight = static_cast<float>(d.BackBufferHeight());
-  if (shape != "Custom" && shape != "Circle" && shape != "Spiral" && (t.Extrude3D != 0.0f || hasShape) &&
-      bbWidth > 0 && bbHeight > 0)
+  if (!meshed && shape != "Custom" && shape != "Circle" && shape != "Spiral" && hasShape && bbWidth > 0 &&
+      bbHeight > 0)
     box.ScaleX /= bbHeight / bbWidth;
 
   // Translation: the box's centre, from the preview's centre, in units of a hundredth of the
@@ -112,6 +118,14 @@ void clsDirectx::Render3DCopy(std::int32_t index, std::int32_t j, const TextFram
   if (!draw || textDrawer_ == nullptr || frame.Font == nullptr) return;
 
   const std::uint32_t copyColor = ToDeviceColor(frame.Color);
+  if (shape == "Custom") {
+    RenderModel(box, t, copyColor);
+    return;
+  }
+  if (meshed) {
+    CreateFull3DText(box, t, frame, copyColor, ph);
+    return;
+  }
   // The string is drawn once a frame, by the first copy; the others show the same texture. Alpha-
   // blended text is drawn white so each copy can tint it with its own colour.
   if (box.TextBoxTextureFileName.empty() && j == 1) {
@@ -123,11 +137,82 @@ void clsDirectx::Render3DCopy(std::int32_t index, std::int32_t j, const TextFram
     RenderTextToSurface(d, *textDrawer_, box, *frame.Font, pixelSize, color, t.BackGroundColor,
                         FormatFlags(index, frame.AlignX), frame.Text);
   }
-  // Extruded texts have no mesh yet: they are drawn on their box meanwhile.
   Wave3D wave = t.Wave3D;
   RenderTextBox(d, box, t, wave, j == 1, t.AlphaBlend, copyColor, t.Shape3DRenderMesh != 0, copyColor,
                 textBoxScratch_);
   if (j == 1 && wave.CurrentPhase != t.Wave3D.CurrentPhase) text_.RenderSetWaveCurrentPhase(index, wave.CurrentPhase);
+}
+
+void clsDirectx::CreateFull3DText(TextBox& box, const TextObject& t, const TextFrame& frame, std::uint32_t color,
+                                  float previewHeight) {
+  RenderDevice& d = *device_;
+  const TextFont& font = *frame.Font;
+  // Built only when the font, the extrusion or the string changed: never for a steady text.
+  if (!(box.MeshFont == font) || box.MeshExtrusion != t.Extrude3D || box.MeshString != frame.Text) {
+    MeshData mesh = BuildTextMesh(font, frame.Text, 0.001f, t.Extrude3D);
+    mesh.ComputeBoundingBox();
+    for (int i = 0; i < 3; ++i) box.MeshCentre[i] = (mesh.Min[i] + mesh.Max[i]) / 2;
+    box.TextMesh = HoldMesh(d.CreateMesh(mesh));
+    box.MeshFont = font;
+    box.MeshExtrusion = t.Extrude3D;
+    box.MeshString.assign(frame.Text);
+  }
+  // A string the font cannot outline has no mesh, and a black text is not lit at all.
+  if (!box.TextMesh || (color & 0xFFFFFFu) == 0) return;
+
+  SavedRenderStates saved;
+  SetLitMeshStates(d, t.Shape3DRenderMesh != 0, ToDeviceColor(t.BackGroundColor), saved);
+  // A picture is projected onto the mesh from the camera, ten world units to a repeat.
+  struct StageValue {
+    TextureStageState state;
+    std::uint32_t value;
+  };
+  StageValue stages[] = {{TextureStageState::TEXCOORDINDEX, 0x20000}, {TextureStageState::COLORARG1, 2},
+                         {TextureStageState::COLOROP, 5},         {TextureStageState::COLORARG2, 0},
+                         {TextureStageState::ALPHAARG1, 2},       {TextureStageState::ALPHAOP, 1},
+                         {TextureStageState::ALPHAARG2, 0},       {TextureStageState::TEXTURETRANSFORMFLAGS, 2},
+                         {TextureStageState::ADDRESSU, 1},        {TextureStageState::ADDRESSV, 1},
+                         {TextureStageState::MINFILTER, 2},       {TextureStageState::MAGFILTER, 2},
+                         {TextureStageState::MIPFILTER, 2}};
+  for (StageValue& stage : stages) {
+    const std::uint32_t old = d.GetTextureStageState(stage.state);
+    d.SetTextureStageState(stage.state, stage.value);
+    stage.value = old;
+  }
+  // A video locked to the text would mirror it for ".SWF" sources; pictures stand as they are.
+  constexpr float mirror = 1.0f;
+  Matrix projection = box.TextFrame->GetUpdatedMatrix() * Matrix::Scaling(mirror / 10.0f, 1.0f / 10.0f, 1.0f);
+  projection.m[3][0] += 0.5f;
+  projection.m[3][1] += 0.5f;
+  d.SetTransform(TransformState::Texture0, projection);
+  d.SetMaterial(MaterialOfColor(color));
+
+  // One em is as large as the same text drawn flat: its size in preview pixels, at 50 preview
+  // pixels to a world unit (the placement's unit). The depth is in em too.
+  const float points = t.FONT_SIZE_ZERO > 0 ? t.FONT_SIZE_ZERO : font.Size;
+  const float em = std::max(1.0f, points) * (96.0f / 72.0f) * (previewHeight / 720.0f) / 50.0f;
+  box.TextFrame->AddScale(CD3DFrame::kBefore, em, em, em);
+  box.TextFrame->AddTranslation(CD3DFrame::kBefore, -box.MeshCentre[0], -box.MeshCentre[1], -box.MeshCentre[2]);
+  d.SetTransform(TransformState::World, box.TextFrame->GetUpdatedMatrix());
+  SetTextLight(d, color);
+  d.SetRenderState(RenderState::ALPHABLENDENABLE, 0);
+  const bool picture = !box.TextBoxTextureFileName.empty() && box.VideoLockToTextBox != 1;
+  d.SetTexture(picture ? box.Texture : 0);
+  d.DrawMeshSubset(*box.TextMesh, 0);
+
+  d.SetTexture(0);
+  d.LightEnable(false);
+  for (auto it = std::rbegin(stages); it != std::rend(stages); ++it) d.SetTextureStageState(it->state, it->value);
+  saved.Restore(d);
+}
+
+void clsDirectx::RenderModel(TextBox& box, const TextObject& t, std::uint32_t color) {
+  if (!box.Model || !box.Model->InitialiseGeometry(*device_)) return;
+  // The model turns about the middle of its bounding box.
+  const float* c = box.Model->Centre();
+  box.TextFrame->AddTranslation(CD3DFrame::kBefore, -c[0], -c[1], -c[2]);
+  device_->SetTransform(TransformState::World, box.TextFrame->GetUpdatedMatrix());
+  box.Model->Render(*device_, color, t.Mesh3DPreserveTextures == 1, t.Shape3DRenderMesh != 0);
 }
 
 }  // namespace lumivane

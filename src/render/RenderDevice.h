@@ -9,6 +9,7 @@
 
 #include "core/BlitSource.h"
 #include "render/Matrix.h"
+#include "render/MeshData.h"
 #include "render/Vertex.h"
 
 namespace lumivane {
@@ -17,6 +18,19 @@ struct TextureImage;
 
 // A texture of the device; 0 is none. Every texture dies with its device.
 using TextureId = std::uint32_t;
+
+// A mesh held by the device (vertices and indices in its memory); 0 is none. Every mesh dies with
+// its device.
+using MeshId = std::uint32_t;
+
+// The one light of lit meshes: directional, shining along `Direction` (world space). Colours are
+// floats 0..1 (r, g, b, a).
+struct Light {
+  float Diffuse[4] = {1, 1, 1, 1};
+  float Specular[4] = {0, 0, 0, 0};
+  float Ambient[4] = {0, 0, 0, 0};
+  float Direction[3] = {0, 0, 1};
+};
 
 // Texture formats by their device codes. X8R8G8B8 reads its alpha as 1; A8 is coverage only and
 // samples as white with that alpha.
@@ -39,12 +53,23 @@ enum class RenderState : std::uint32_t {
   DESTBLEND = 20,
   CULLMODE = 22,      // 1 none, 2 clockwise, 3 counter-clockwise (the default)
   ZFUNC = 23,         // 1 never .. 8 always, 4 less-equal (the default)
+  DITHERENABLE = 26,
   ALPHABLENDENABLE = 27,
+  FOGENABLE = 28,
   SPECULARENABLE = 29,
+  STENCILENABLE = 52,
   TEXTUREFACTOR = 60,
-  LIGHTING = 137,
-  AMBIENT = 139,
+  LIGHTING = 137,     // lights meshes by the material and the light; other layouts keep their colours
+  AMBIENT = 139,      // 0xAARRGGBB, times the material's ambient colour
+  COLORVERTEX = 141,
   NORMALIZENORMALS = 143,
+  DIFFUSEMATERIALSOURCE = 145,  // 0: the material; meshes have no vertex colours to take instead
+  SPECULARMATERIALSOURCE = 146,
+  AMBIENTMATERIALSOURCE = 147,
+  EMISSIVEMATERIALSOURCE = 148,
+  VERTEXBLEND = 151,
+  CLIPPLANEENABLE = 152,
+  COLORWRITEENABLE = 168,  // bits 1 red, 2 green, 4 blue, 8 alpha
 };
 
 // Stage 0's colour and alpha operations and sampling, by their device codes.
@@ -55,14 +80,16 @@ enum class TextureStageState : std::uint32_t {
   ALPHAOP = 4,    // +0x20 alpha replicate
   ALPHAARG1 = 5,
   ALPHAARG2 = 6,
+  TEXCOORDINDEX = 11,  // 0: the vertex's own; 0x20000: the camera-space position
   ADDRESSU = 13,  // 1 wrap, 2 mirror, 3 clamp
   ADDRESSV = 14,
   MAGFILTER = 16,  // 1 point, 2 linear, 3 anisotropic
   MINFILTER = 17,
   MIPFILTER = 18,
+  TEXTURETRANSFORMFLAGS = 24,  // 0: coordinates as they come; 2: through the Texture0 matrix, two kept
 };
 
-enum class TransformState : std::uint32_t { View = 2, Projection = 3, World = 256 };
+enum class TransformState : std::uint32_t { View = 2, Projection = 3, Texture0 = 16, World = 256 };
 
 // How a file is scaled to its texture.
 enum class ImageFilter : std::uint32_t { Point = 2, Linear = 3 };
@@ -129,6 +156,19 @@ class RenderDevice {
     SetVertexShader(VertexFormat::Line);
     DrawPrimitiveUP(type, primitiveCount, vertices, sizeof(LINEVERTEX));
   }
+
+  // ---- Meshes and lighting -------------------------------------------------------------------
+  // Copies a mesh into the device's memory; 0 when it is empty or cannot be made.
+  virtual MeshId CreateMesh(const MeshData& mesh) = 0;
+  // Draws one subset's triangles under the current states, transforms, material and light.
+  virtual void DrawMeshSubset(MeshId mesh, std::uint32_t subset) = 0;
+  virtual void ReleaseMesh(MeshId mesh) = 0;
+  // Lit mesh colour: emissive + AMBIENT x ambient + (light ambient x ambient + light diffuse x
+  // diffuse x N.L when the light is on), alpha the material's diffuse alpha; with SPECULARENABLE
+  // also light specular x specular x (N.H)^power, H half way between the light and the eye.
+  virtual void SetMaterial(const MeshMaterial& material) = 0;
+  virtual void SetLight(const Light& light) = 0;
+  virtual void LightEnable(bool on) = 0;
 
   // ---- Textures ------------------------------------------------------------------------------
   // Sizes go up to the next power of two. 0 when the texture cannot be made.

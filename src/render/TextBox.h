@@ -14,6 +14,8 @@
 
 namespace lumivane {
 
+class Mesh3D;
+
 // What the device holds for one 3D text: the frames it is placed with, the texture its string is
 // drawn into (or a picture file's), and where and how it stands. One record per text, in the
 // engine's order.
@@ -32,6 +34,16 @@ struct TextBox {
   float RotationX = 0, RotationY = 0, RotationZ = 0;  // degrees
   bool World = false;                                  // turn about the world's centre, not the text's
   float TranslationX = 0, TranslationY = 0, TranslationZ = 0;
+
+  // The extruded string's mesh and what it was built from: it is built again only when one of
+  // these changes.
+  std::shared_ptr<const MeshId> TextMesh;
+  TextFont MeshFont;
+  float MeshExtrusion = 0;
+  std::string MeshString;
+  float MeshCentre[3] = {0, 0, 0};  // the middle of its bounding box, in em
+  // A "Custom" text's model, shared by every record that names the same file.
+  std::shared_ptr<Mesh3D> Model;
 };
 
 // The camera of the 3D pass: a perspective of a quarter turn (as 3.1415 / 4) over the output's

@@ -5,14 +5,15 @@
 #include "core/Numbers.h"
 #include "core/TextObject.h"
 #include "core/clsText.h"
+#include "render/Mesh3D.h"
 #include "render/clsDirectx.h"
 
 namespace lumivane {
 
 namespace {
 
-// Show files written elsewhere name pictures with backslashes.
-std::string PicturePath(std::string name) {
+// Show files written elsewhere name pictures and models with backslashes.
+std::string FilePath(std::string name) {
   std::replace(name.begin(), name.end(), '\\', '/');
   return name;
 }
@@ -27,6 +28,31 @@ std::shared_ptr<const TextureId> clsDirectx::HoldTexture(TextureId texture) {
     device->ReleaseTexture(*id);
     delete id;
   });
+}
+
+std::shared_ptr<const MeshId> clsDirectx::HoldMesh(MeshId mesh) {
+  if (mesh == 0 || device_ == nullptr) return nullptr;
+  RenderDevice* device = device_;
+  return std::shared_ptr<const MeshId>(new MeshId(mesh), [device](const MeshId* id) {
+    device->ReleaseMesh(*id);
+    delete id;
+  });
+}
+
+std::shared_ptr<Mesh3D> clsDirectx::Model(const std::string& path) {
+  std::weak_ptr<Mesh3D>& slot = models_[path];
+  if (std::shared_ptr<Mesh3D> model = slot.lock()) return model;
+  auto model = std::make_shared<Mesh3D>(path, ModelLimits);
+  slot = model;
+  // Names no record holds any more go, so the map stays as small as the show.
+  std::erase_if(models_, [](const auto& entry) { return entry.second.expired(); });
+  return model;
+}
+
+void clsDirectx::WaitForModels() {
+  for (TextBox& box : textBoxes_)
+    if (box.Model) box.Model->Wait();
+  TextBoxSetup();
 }
 
 float clsDirectx::CameraZ(const TextObject& text, int previewHeight) {
@@ -46,6 +72,19 @@ void clsDirectx::TextBoxSetup() {
 void clsDirectx::RefreshTextBox(std::int32_t index) {
   const TextObject& t = text_.Live()[static_cast<std::size_t>(index - 1)];
   TextBox& box = textBoxes_[static_cast<std::size_t>(index - 1)];
+  // A "Custom" text's model, read off the frame's thread; its info goes to the text once read.
+  if (t.Text3D && t.Shape3DType == "Custom" && !t.Mesh3DFileName.empty()) {
+    const std::string path = FilePath(t.Mesh3DFileName);
+    if (!box.Model || box.Model->Path() != path) box.Model = Model(path);
+    if (box.Model->Loaded() && box.Model->Info() != t.Mesh3DInfo) text_.RenderSetMesh3DInfo(index, box.Model->Info());
+  } else {
+    box.Model.reset();
+  }
+  // An extruded string's mesh is dropped as soon as the text no longer needs it.
+  if (!t.Text3D || t.Extrude3D == 0.0f || !t.Shape3DType.empty()) {
+    box.TextMesh.reset();
+    box.MeshString.clear();
+  }
   // Boxes are kept in preview units, so the texture is the box's own size in preview pixels:
   // small, because the string is drawn into it again in every frame.
   // A box dragged far beyond the pane still gets a texture of bounded memory (16 MB at most).
@@ -102,7 +141,7 @@ void clsDirectx::TextBoxSetTexture(std::int32_t index, const TextObject& setting
     // Pure black is transparent, so a picture on black shows only its figure. A file that does
     // not load leaves the text untextured, and is not tried again until its name changes.
     std::string error;
-    picture = HoldTexture(device_->CreateTextureFromFileEx(PicturePath(name), -1, -1, TextureFormat::A8R8G8B8,
+    picture = HoldTexture(device_->CreateTextureFromFileEx(FilePath(name), -1, -1, TextureFormat::A8R8G8B8,
                                                            ImageFilter::Linear, 0xFF000000u, &error));
   }
   each([&](TextBox& box, std::int32_t) {

@@ -31,8 +31,9 @@ struct LINEVERTEX {
 };
 static_assert(sizeof(LINEVERTEX) == 16);
 
-// The flexible vertex format codes that select a layout.
-enum class VertexFormat : std::uint32_t { TL = 452, L = 450, Line = 66 };
+// The flexible vertex format codes that select a layout. Mesh (position, normal, one texture
+// coordinate pair) is MeshVertex, drawn only from meshes the device holds.
+enum class VertexFormat : std::uint32_t { TL = 452, L = 450, Line = 66, Mesh = 274 };
 
 enum class PrimitiveType : std::uint32_t { LineStrip = 3, TriangleList = 4, TriangleStrip = 5 };
 

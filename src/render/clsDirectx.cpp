@@ -73,7 +73,8 @@ TextureId clsDirectx::FeedbackTexture() {
 
 void clsDirectx::Destroy() {
   if (device_ == nullptr) return;
-  textBoxes_.clear();  // their textures go back to the device while it is still there
+  textBoxes_.clear();  // their textures and meshes go back to the device while it is still there
+  models_.clear();
   textDrawer_.reset();
   if (feedbackTexture_ != 0) device_->ReleaseTexture(feedbackTexture_);
   feedbackTexture_ = 0;

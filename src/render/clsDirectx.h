@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -10,6 +11,7 @@
 #include "core/TextPass.h"
 #include <vector>
 
+#include "render/MeshImport.h"
 #include "render/RenderDevice.h"
 #include "render/TextBox.h"
 #include "render/TextDrawer.h"
@@ -100,6 +102,11 @@ class clsDirectx {
   void ScaleText(std::int32_t index, float x, float y, float z);
   // Throws every record away; the next setup makes them again.
   void Reset3DText() { textBoxes_.clear(); }
+  // Waits until every model the records name has been read (tests and offline renders, which
+  // must not draw a frame without them).
+  void WaitForModels();
+  // What a model file may hold; larger ones are refused with a message in the text's mesh info.
+  MeshImportLimits ModelLimits;
   std::int32_t TextBoxCount() const noexcept { return static_cast<std::int32_t>(textBoxes_.size()); }
   const TextBox* TextBoxRecord(std::int32_t index) const noexcept {
     return index >= 1 && index <= TextBoxCount() ? &textBoxes_[static_cast<std::size_t>(index - 1)] : nullptr;
@@ -120,6 +127,15 @@ class clsDirectx {
   // Record `index` made or refreshed for its text's box and picture.
   void RefreshTextBox(std::int32_t index);
   std::shared_ptr<const TextureId> HoldTexture(TextureId texture);
+  std::shared_ptr<const MeshId> HoldMesh(MeshId mesh);
+  // The model read from `path`, shared while any record shows it; a new one starts reading.
+  std::shared_ptr<Mesh3D> Model(const std::string& path);
+  // An extruded text: its mesh built again when font, extrusion or string changed, then drawn
+  // lit in `color` at the size of its flat counterpart.
+  void CreateFull3DText(TextBox& box, const TextObject& text, const TextFrame& frame, std::uint32_t color,
+                        float previewHeight);
+  // A "Custom" text: its model centred on the text's place and drawn lit in `color`.
+  void RenderModel(TextBox& box, const TextObject& text, std::uint32_t color);
 
   clsText& text_;
   RenderDevice* device_ = nullptr;
@@ -130,6 +146,7 @@ class clsDirectx {
   float drawScaleX_ = 0, drawScaleY_ = 0, drawHeight_ = 0;
   TextureId feedbackTexture_ = 0;
   std::vector<TextBox> textBoxes_;
+  std::map<std::string, std::weak_ptr<Mesh3D>> models_;
   TextBoxScratch textBoxScratch_;
   TextDraw draw3D_;
   const FrameArguments* frameArguments_ = nullptr;  // the frame's, while the 3D pass runs

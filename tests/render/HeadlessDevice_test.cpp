@@ -239,6 +239,95 @@ TEST(HeadlessDevice, TexturesLoadDrawAndTakeCopies) {
   device->SetTexture(copy);  // a released texture draws as none: no crash
 }
 
+// A lit mesh: a square facing the camera, its colour emissive + ambient + diffuse x N.L +
+// specular x (N.H)^power, each term in its own channel; the camera-space position projected as
+// texture coordinates; culling by winding; and a mesh with stray indices refused.
+TEST(HeadlessDevice, MeshesAreLitByTheMaterialAndTheLight) {
+  std::string error;
+  auto device = CreateHeadlessDevice(64, 64, error);
+  ASSERT_NE(device, nullptr) << error;
+  MeshData square;
+  const float n[3] = {0, 0, -1};
+  for (auto [x, y] : {std::pair{-1.0f, 1.0f}, {1.0f, 1.0f}, {1.0f, -1.0f}, {-1.0f, -1.0f}})
+    square.Vertices.push_back(MeshVertex{x, y, 0, n[0], n[1], n[2], 0, 0});
+  square.Indices = {0, 1, 2, 0, 2, 3};  // clockwise seen from the camera
+  square.Subsets.push_back(MeshSubset{0, 6, 0});
+  const MeshId mesh = device->CreateMesh(square);
+  ASSERT_NE(mesh, 0u);
+  MeshData stray = square;
+  stray.Indices[4] = 9;
+  EXPECT_EQ(device->CreateMesh(stray), 0u);
+
+  const float eye[3] = {0, 0, -4}, at[3] = {0, 0, 0}, up[3] = {0, 1, 0};
+  device->SetTransform(TransformState::Projection, Matrix::PerspectiveFovLH(3.1415f / 4, 1, 1, 100));
+  device->SetTransform(TransformState::View, Matrix::LookAtLH(eye, at, up));
+  device->SetTransform(TransformState::World, Matrix::Identity());
+  device->SetRenderState(RenderState::LIGHTING, 1);
+  device->SetRenderState(RenderState::SPECULARENABLE, 1);
+  device->SetRenderState(RenderState::ZENABLE, 1);
+  device->SetRenderState(RenderState::AMBIENT, 0xFF004000);  // green a quarter
+  MeshMaterial material;
+  material.Emissive[0] = 0.25f, material.Emissive[1] = 0, material.Emissive[2] = 0;
+  material.Diffuse[0] = 1, material.Diffuse[1] = 0, material.Diffuse[2] = 0;
+  material.Ambient[0] = 0, material.Ambient[1] = 1, material.Ambient[2] = 0;
+  material.Specular[0] = 0, material.Specular[1] = 0, material.Specular[2] = 1;
+  material.Power = 2;
+  device->SetMaterial(material);
+  Light light;
+  light.Diffuse[0] = 0.5f;  // red a half at N.L 1
+  light.Specular[2] = 1;    // blue full where N.H is 1, straight ahead
+  light.Direction[2] = 1;
+  device->SetLight(light);
+  device->LightEnable(true);
+  std::vector<std::uint8_t> rgba;
+  auto draw = [&] {
+    device->BeginScene();
+    device->Clear(0xFF000000u);
+    device->DrawMeshSubset(mesh, 0);
+    device->EndScene();
+    EXPECT_TRUE(device->ReadBackNow(rgba));
+  };
+  draw();
+  const std::uint32_t centre = Pixel(rgba, 64, 32, 32);
+  EXPECT_NEAR(static_cast<int>(centre >> 16), 191, 3);  // 0.25 + 0.5
+  EXPECT_NEAR(static_cast<int>((centre >> 8) & 0xFF), 64, 3);
+  // Lit at the corners, as the fixed pipeline does: there N.H is 0.9856, squared 0.971.
+  EXPECT_NEAR(static_cast<int>(centre & 0xFF), 248, 3);
+  EXPECT_EQ(Pixel(rgba, 64, 2, 2), 0u);
+
+  // The texture from the camera-space position: x through the texture matrix, so the left half
+  // of the square samples the picture's left texel.
+  TextureImage picture;
+  picture.Width = 2, picture.Height = 2;
+  picture.Pixels = {0xFFFFFFFFu, 0xFF000000u, 0xFFFFFFFFu, 0xFF000000u};
+  const TextureId texture = device->CreateTextureFromImage(picture);
+  device->SetTexture(texture);
+  device->SetRenderState(RenderState::SPECULARENABLE, 0);
+  device->SetTextureStageState(TextureStageState::TEXCOORDINDEX, 0x20000);
+  device->SetTextureStageState(TextureStageState::TEXTURETRANSFORMFLAGS, 2);
+  device->SetTextureStageState(TextureStageState::COLOROP, 2);  // the texture alone
+  device->SetTextureStageState(TextureStageState::ADDRESSU, 3);
+  Matrix texel = Matrix::Scaling(0.25f, 0.25f, 1);  // x of -1..1 at the square to u 0.25..0.75
+  texel.m[3][0] = texel.m[3][1] = 0.5f;
+  device->SetTransform(TransformState::Texture0, texel);
+  draw();
+  EXPECT_EQ(Pixel(rgba, 64, 24, 32), 0xFFFFFFu);
+  EXPECT_EQ(Pixel(rgba, 64, 40, 32), 0u);
+  device->SetTexture(0);
+
+  // Seen from behind, the square winds the other way and is culled; with culling off it shows.
+  const float behind[3] = {0, 0, 4};
+  device->SetTransform(TransformState::View, Matrix::LookAtLH(behind, at, up));
+  draw();
+  EXPECT_EQ(Pixel(rgba, 64, 32, 32), 0u);
+  device->SetRenderState(RenderState::CULLMODE, 1);
+  draw();
+  EXPECT_NE(Pixel(rgba, 64, 32, 32), 0u);
+  device->ReleaseMesh(mesh);
+  draw();  // a released mesh draws nothing and fails nothing
+  EXPECT_EQ(Pixel(rgba, 64, 32, 32), 0u);
+}
+
 TEST(HeadlessDevice, AnImpossibleBackBufferIsRefusedWithAReason) {
   std::string error;
   EXPECT_EQ(CreateHeadlessDevice(1 << 20, 1 << 20, error), nullptr);

@@ -230,7 +230,7 @@ TEST_F(MeshImport, ExtensionsInAnyCaseAndBackslashPathsAreRead) {
 // Every refusal: Ok false, both counts "Error", and a message naming the file and why.
 void ExpectRefused(const MeshImportResult& r, const std::string& name, const std::string& why) {
   EXPECT_FALSE(r.Ok);
-  EXPECT_EQ(r.Info, name + "\r\nF: Error\r\nV: Error");
+  EXPECT_EQ(r.Info, name + "\r\nF: Error\r\nV: Error\r\n" + r.Error);
   EXPECT_NE(r.Error.find(name + "\""), std::string::npos) << r.Error;
   EXPECT_NE(r.Error.find(why), std::string::npos) << r.Error;
   EXPECT_TRUE(r.Mesh.Vertices.empty());

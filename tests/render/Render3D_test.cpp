@@ -3,6 +3,7 @@
 #include <QImage>
 #include <QTemporaryDir>
 #include <cmath>
+#include <cstdio>
 
 #include "render/clsDirectx.h"
 #include "support/EngineFixture.h"
@@ -217,6 +218,103 @@ TEST_F(Render3DTest, APictureKeysOutItsBlackAndIsShared) {
   Text(2).TextBoxTextureFileName.clear();  // back to the string
   EXPECT_GT(Find(Frame(), kRed).count, 100);
   EXPECT_NE(directx.TextBoxRecord(2)->Texture, 0u);
+}
+
+// An extruded "O": its front lit by the text's light (red squared, times N.L of 0.707) with its
+// hole kept, the size of the same text drawn flat, and its mesh built again only when the string
+// changes.
+TEST_F(Render3DTest, AnExtrudedTextIsLitHollowAndBuiltOnlyOnChange) {
+  AddText("O", 240, 135, 200, 100);
+  TextObject& t = Text(1);
+  t.Extrude3D = 0.3f;
+  t.Color = 0x0000FF;  // red, program order
+  t.BackGroundColor = 0;
+  t.Font.Size = t.RenderFont.Font.Size = t.FONT_SIZE_ZERO = 150;
+  auto rgba = Frame();
+  const Blob lit = Find(rgba, 0xB40000);
+  ASSERT_GT(lit.count, 300);
+  EXPECT_NEAR(lit.x, 160, 2);
+  EXPECT_NEAR(lit.y, 90, 2);
+  EXPECT_EQ(test::Pixel(rgba, kWidth, 160, 90), kBlack);  // the hole
+  // 150 points at the preview's 270 lines are 75 preview pixels an em, 50 of them to the unit
+  // placed 90 screen pixels over 2.7 units: the O's outer height, 0.75 em, is about 37 pixels.
+  int top = kHeight, bottom = 0;
+  for (int y = 0; y < kHeight; ++y)
+    if (test::Pixel(rgba, kWidth, 160, y) != kBlack) top = std::min(top, y), bottom = std::max(bottom, y);
+  EXPECT_NEAR(bottom - top + 1, 0.75 * 75 / 50 * 90 / 2.7, 4);
+  const MeshId* built = directx.TextBoxRecord(1)->TextMesh.get();
+  ASSERT_NE(built, nullptr);
+  Frame();
+  EXPECT_EQ(directx.TextBoxRecord(1)->TextMesh.get(), built);
+  Text(1).CurrentText = "8";
+  rgba = Frame();
+  EXPECT_NE(directx.TextBoxRecord(1)->TextMesh.get(), built);
+  EXPECT_GT(Find(rgba, 0xB40000).count, 300);
+  Text(1).Extrude3D = 0;  // back on its box: the mesh goes
+  Frame();
+  EXPECT_EQ(directx.TextBoxRecord(1)->TextMesh, nullptr);
+}
+
+// Matrix order: turned half round about y, a text on the right stays there turning about its own
+// centre, and swings over to the left turning about the world's (its back face then shows).
+TEST_F(Render3DTest, WorldRotationSwingsATextAboutTheScreenCentre) {
+  AddText("O", 360, 135, 100, 60);
+  TextObject& t = Text(1);
+  t.Extrude3D = 0.3f;
+  t.Color = 0x0000FF;
+  t.BackGroundColor = 0;
+  t.Font.Size = t.RenderFont.Font.Size = t.FONT_SIZE_ZERO = 100;
+  t.Rotation.AngleY = 180;
+  t.Rotation.LoopY = false;
+  t.Rotation.FineTuneRotationAngle = 0;
+  const Blob own = Find(Frame(), 0xB40000);
+  ASSERT_GT(own.count, 100);
+  EXPECT_NEAR(own.x, 0.75 * kWidth, 3);
+  Text(1).Rotation.World = true;
+  const Blob swung = Find(Frame(), 0xB40000);
+  ASSERT_GT(swung.count, 100);
+  EXPECT_NEAR(swung.x, 0.25 * kWidth, 3);
+}
+
+// A "Custom" model read off the frame's thread: its info goes to the text, it is drawn centred on
+// the text's place in the text's colour; a broken file reports why and draws nothing.
+TEST_F(Render3DTest, ACustomModelIsCentredAndABrokenOneReportsWhy) {
+  QTemporaryDir dir;
+  const std::string cube = (dir.path() + "/cube.obj").toStdString();
+  {
+    std::FILE* f = std::fopen(cube.c_str(), "w");
+    ASSERT_NE(f, nullptr);
+    // A cube of side 2 standing off the origin at (5, 5, 5).
+    std::fputs("v 4 4 4\nv 6 4 4\nv 6 6 4\nv 4 6 4\nv 4 4 6\nv 6 4 6\nv 6 6 6\nv 4 6 6\n"
+               "f 1 4 3 2\nf 5 6 7 8\nf 1 2 6 5\nf 3 4 8 7\nf 2 3 7 6\nf 1 5 8 4\n",
+               f);
+    std::fclose(f);
+  }
+  AddText("A", 240, 135, 64, 64, "Custom");
+  Text(1).Mesh3DFileName = cube;
+  Text(1).Color = 0x0000FF;
+  Frame();
+  directx.WaitForModels();
+  EXPECT_NE(Text(1).Mesh3DInfo.find("\r\nF: 12\r\nV: "), std::string::npos) << Text(1).Mesh3DInfo;
+  auto rgba = Frame();
+  const std::uint32_t centre = test::Pixel(rgba, kWidth, 160, 90);
+  EXPECT_GT(centre >> 16, 120u);
+  EXPECT_LT((centre >> 8) & 0xFF, (centre >> 16) - 60);
+  // Twenty units back a unit is 90 / (20 tan(pi / 8)) = 10.9 pixels: the cube's face 22 wide.
+  EXPECT_NE(test::Pixel(rgba, kWidth, 160 + 9, 90), kBlack);
+  EXPECT_EQ(test::Pixel(rgba, kWidth, 160 + 14, 90), kBlack);
+
+  const std::string broken = (dir.path() + "/broken.gltf").toStdString();
+  {
+    std::FILE* f = std::fopen(broken.c_str(), "w");
+    std::fputs("{\"asset\": {\"version\": \"2.0\"}, \"meshes\": [{\"primitives\": [", f);
+    std::fclose(f);
+  }
+  Text(1).Mesh3DFileName = broken;
+  Frame();
+  directx.WaitForModels();
+  EXPECT_NE(Text(1).Mesh3DInfo.find("F: Error\r\nV: Error\r\n"), std::string::npos) << Text(1).Mesh3DInfo;
+  EXPECT_EQ(test::Pixel(Frame(), kWidth, 160, 90), kBlack);
 }
 
 }  // namespace
