@@ -165,6 +165,8 @@ HeadlessSession::HeadlessSession(const AppOptions& options, std::ostream& err)
     s.device->TakeReadBack(s.sink);
   };
   s.main.RenderFrame = [&s] { s.directx.RenderFrame(ReadFrameArguments(s.main)); };
+  // A render from a file is the same every time: no frame goes out without the models it shows.
+  s.directx.WaitForModels = true;
   RenderTimer::Hooks hooks;
   hooks.render = [&s] { s.main.Render(); };
   s.timer.SetHooks(std::move(hooks));

@@ -15,7 +15,9 @@
 #include <QSettings>
 #include <QSocketNotifier>
 #include <QThread>
+#include <chrono>
 #include <csignal>
+#include <future>
 #include <cstdio>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -36,6 +38,7 @@
 #include "persistence/ShowFile.h"
 #include "persistence/UIPositionFile.h"
 #include "render/FrameImage.h"
+#include "render/MeshImport.h"
 #include "render/RenderDevice.h"
 #include "render/clsDirectx.h"
 #include "lumivane/Version.h"
@@ -216,6 +219,16 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
     if (clsDirectx* directx = display ? display->Directx() : nullptr) directx->TextFrameZOrder(index, toBack);
   };
   frm3DShape shapeForm(model, form);
+  // A model the operator picked is read on a thread of its own while frames go on; the form shows
+  // what was read (or why not). The output reads the file again for itself, off its frame path.
+  shapeForm.LoadMesh = [&form](const std::string& file) {
+    auto reading = std::async(std::launch::async, [file] { return ImportMesh(file); });
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    while (reading.wait_for(std::chrono::milliseconds(10)) != std::future_status::ready)
+      QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    QApplication::restoreOverrideCursor();
+    form.TextSelected.Mesh3DInfo = reading.get().Info;
+  };
 
   form.CreateOutputWindow = [&form, &text, &display, &applicationFolder, &clones]() -> std::unique_ptr<OutputWindow> {
     auto* window = new frmDisplay(text, applicationFolder);

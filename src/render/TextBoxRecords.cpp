@@ -49,12 +49,6 @@ std::shared_ptr<Mesh3D> clsDirectx::Model(const std::string& path) {
   return model;
 }
 
-void clsDirectx::WaitForModels() {
-  for (TextBox& box : textBoxes_)
-    if (box.Model) box.Model->Wait();
-  TextBoxSetup();
-}
-
 float clsDirectx::CameraZ(const TextObject& text, int previewHeight) {
   if (text.Mesh3DZ < 0) return text.Mesh3DZ;
   // Meshes are modelled for a camera twenty units back; a shape's placement units put the
@@ -76,6 +70,7 @@ void clsDirectx::RefreshTextBox(std::int32_t index) {
   if (t.Text3D && t.Shape3DType == "Custom" && !t.Mesh3DFileName.empty()) {
     const std::string path = FilePath(t.Mesh3DFileName);
     if (!box.Model || box.Model->Path() != path) box.Model = Model(path);
+    if (WaitForModels) box.Model->Wait();
     if (box.Model->Loaded() && box.Model->Info() != t.Mesh3DInfo) text_.RenderSetMesh3DInfo(index, box.Model->Info());
   } else {
     box.Model.reset();

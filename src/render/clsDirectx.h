@@ -102,9 +102,9 @@ class clsDirectx {
   void ScaleText(std::int32_t index, float x, float y, float z);
   // Throws every record away; the next setup makes them again.
   void Reset3DText() { textBoxes_.clear(); }
-  // Waits until every model the records name has been read (tests and offline renders, which
-  // must not draw a frame without them).
-  void WaitForModels();
+  // Offline renders and tests: a frame waits until each model it shows has been read, rather than
+  // drawing without it meanwhile.
+  bool WaitForModels = false;
   // What a model file may hold; larger ones are refused with a message in the text's mesh info.
   MeshImportLimits ModelLimits;
   std::int32_t TextBoxCount() const noexcept { return static_cast<std::int32_t>(textBoxes_.size()); }

@@ -125,7 +125,9 @@ frm3DShapeWindow::frm3DShapeWindow(frm3DShape& form, QWidget* parent) : QWidget(
 
   form.ChooseMeshFile = [this] {
     return QFileDialog::getOpenFileName(this, tr("Load Custom Mesh (3DS)"), MeshFolder,
-                                        tr("3DS, X Files (*.3DS *.3ds *.X *.x)"))
+                                        tr("3DS, X Files (*.3DS *.3ds *.X *.x);;"
+                                           "All Models (*.3ds *.3DS *.x *.X *.obj *.OBJ *.gltf *.glb *.fbx *.FBX);;"
+                                           "All Files (*)"))
         .toStdString();
   };
   // Pure black in the picture is transparent on the shape.

@@ -293,10 +293,9 @@ TEST_F(Render3DTest, ACustomModelIsCentredAndABrokenOneReportsWhy) {
   AddText("A", 240, 135, 64, 64, "Custom");
   Text(1).Mesh3DFileName = cube;
   Text(1).Color = 0x0000FF;
-  Frame();
-  directx.WaitForModels();
-  EXPECT_NE(Text(1).Mesh3DInfo.find("\r\nF: 12\r\nV: "), std::string::npos) << Text(1).Mesh3DInfo;
+  directx.WaitForModels = true;
   auto rgba = Frame();
+  EXPECT_NE(Text(1).Mesh3DInfo.find("\r\nF: 12\r\nV: "), std::string::npos) << Text(1).Mesh3DInfo;
   const std::uint32_t centre = test::Pixel(rgba, kWidth, 160, 90);
   EXPECT_GT(centre >> 16, 120u);
   EXPECT_LT((centre >> 8) & 0xFF, (centre >> 16) - 60);
@@ -311,10 +310,9 @@ TEST_F(Render3DTest, ACustomModelIsCentredAndABrokenOneReportsWhy) {
     std::fclose(f);
   }
   Text(1).Mesh3DFileName = broken;
-  Frame();
-  directx.WaitForModels();
+  rgba = Frame();
   EXPECT_NE(Text(1).Mesh3DInfo.find("F: Error\r\nV: Error\r\n"), std::string::npos) << Text(1).Mesh3DInfo;
-  EXPECT_EQ(test::Pixel(Frame(), kWidth, 160, 90), kBlack);
+  EXPECT_EQ(test::Pixel(rgba, kWidth, 160, 90), kBlack);
 }
 
 }  // namespace
