@@ -1,21 +1,30 @@
 #!/usr/bin/env bash
-# The text box benchmark: 64 3D texts of 32 characters, each drawn into its texture anew in every
-# frame and shown on its box, played headless with every frame read back to memory (--out -).
+# The 3D text benchmarks, played headless with every frame read back to memory (--out -):
+#   boxes (the default): 64 3D texts of 32 characters, each drawn into its texture anew in every
+#     frame and shown on its box;
+#   extruded: 32 extruded texts of 12 characters turning about two axes.
 # Prints the frame rate over the run (start-up left out: the marginal rate of a run twice as long)
 # and the frame times the runner reports, REPEAT times (default 3), with medians.
-#   Usage: bench/textboxes.sh LUMIVANE [FRAMES] [REPEAT] [WxH]
+#   Usage: bench/textboxes.sh LUMIVANE [FRAMES] [REPEAT] [WxH] [boxes|extruded]
 set -euo pipefail
 lumivane=$1
 frames=${2:-600}
 repeat=${3:-3}
 size=${4:-1920x1080}
+kind=${5:-boxes}
 here=$(cd "$(dirname "$0")" && pwd)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-bash "$here/make_textbox_show.sh" "$work/boxes.xml" 64
+case $kind in
+  boxes) bash "$here/make_textbox_show.sh" "$work/show.xml" 64
+         title="64 text boxes x 32 characters, changing every frame" ;;
+  extruded) bash "$here/make_extruded_show.sh" "$work/show.xml" 32
+            title="32 extruded texts x 12 characters, turning" ;;
+  *) echo "unknown kind $kind" >&2; exit 2 ;;
+esac
 median() { sort -n | awk '{a[NR]=$1} END {print (NR % 2) ? a[(NR + 1) / 2] : (a[NR / 2] + a[NR / 2 + 1]) / 2}'; }
 seconds() { local start end; start=$(date +%s.%N); "$@" >/dev/null 2>&1; end=$(date +%s.%N); awk -v s="$start" -v e="$end" 'BEGIN {print e - s}'; }
-run() { "$lumivane" --headless "$work/boxes.xml" --frames "$1" --size "$size" --out - --stats; }
+run() { "$lumivane" --headless "$work/show.xml" --frames "$1" --size "$size" --out - --stats; }
 marginal=(); median_ms=(); p99=()
 for r in $(seq 1 "$repeat"); do
   a=$(seconds run "$frames"); b=$(seconds run $((2 * frames)))
@@ -25,6 +34,6 @@ for r in $(seq 1 "$repeat"); do
   p99+=("$(awk '/^frame_ms_p99 /{print $2}' <<<"$stats")")
 done
 m() { printf '%s\n' "$@" | median; }
-echo "64 text boxes x 32 characters, changing every frame, $frames frames at $size, $repeat runs"
+echo "$title, $frames frames at $size, $repeat runs"
 echo "marginal fps: ${marginal[*]} (median $(m "${marginal[@]}"))"
 echo "frame ms median: ${median_ms[*]} (median $(m "${median_ms[@]}")); p99: ${p99[*]}"

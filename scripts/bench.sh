@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds Release and runs the benchmarks: the Google Benchmark programs (extra arguments go to each
 # of them), then the render benchmark against FFmpeg, the count of a frame's allocations and the
-# text box benchmark.
+# 3D text benchmarks.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/install-deps.sh
@@ -14,3 +14,4 @@ build/release/bench/lumivane_bench_mesh "$@"
 bash bench/render_vs_ffmpeg.sh build/release/src/app/lumivane 600 5
 bash bench/frame_allocations.sh build/release/src/app/lumivane 300
 bash bench/textboxes.sh build/release/src/app/lumivane 300 3
+bash bench/textboxes.sh build/release/src/app/lumivane 300 3 1920x1080 extruded

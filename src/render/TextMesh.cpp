@@ -22,25 +22,20 @@ using Contour = std::vector<Point>;
 // the font's own coordinates are not rounded.
 constexpr double kEmPixels = 256.0;
 
-double DistanceToChord(const Point& p, const Point& a, const Point& b) {
-  const double dx = b[0] - a[0], dy = b[1] - a[1];
-  const double length = std::hypot(dx, dy);
-  if (length < 1e-12) return std::hypot(p[0] - a[0], p[1] - a[1]);
-  return std::fabs((p[0] - a[0]) * dy - (p[1] - a[1]) * dx) / length;
-}
-
-// A cubic curve cut in halves until its control points lie within `tolerance` of the chord.
-void FlattenCubic(const Point& p0, const Point& p1, const Point& p2, const Point& p3, double tolerance, int depth,
+// A cubic curve as chords of equal parameter steps, as few as keep every chord within
+// `tolerance` of the curve: a step h strays at most h^2 / 8 times the largest second derivative,
+// which for a cubic is 6 times the larger of its control polygon's two bends.
+void FlattenCubic(const Point& p0, const Point& p1, const Point& p2, const Point& p3, double tolerance,
                   Contour& out) {
-  if (depth >= 12 || std::max(DistanceToChord(p1, p0, p3), DistanceToChord(p2, p0, p3)) <= tolerance) {
-    out.push_back(p3);
-    return;
+  const double bend = std::max(std::hypot(p0[0] - 2 * p1[0] + p2[0], p0[1] - 2 * p1[1] + p2[1]),
+                               std::hypot(p1[0] - 2 * p2[0] + p3[0], p1[1] - 2 * p2[1] + p3[1]));
+  const int steps = std::clamp(static_cast<int>(std::ceil(std::sqrt(0.75 * bend / tolerance))), 1, 1024);
+  for (int i = 1; i < steps; ++i) {
+    const double t = static_cast<double>(i) / steps, u = 1 - t;
+    const double a = u * u * u, b = 3 * u * u * t, c = 3 * u * t * t, d = t * t * t;
+    out.push_back({a * p0[0] + b * p1[0] + c * p2[0] + d * p3[0], a * p0[1] + b * p1[1] + c * p2[1] + d * p3[1]});
   }
-  auto mid = [](const Point& a, const Point& b) { return Point{(a[0] + b[0]) / 2, (a[1] + b[1]) / 2}; };
-  const Point a = mid(p0, p1), b = mid(p1, p2), c = mid(p2, p3);
-  const Point d = mid(a, b), e = mid(b, c), m = mid(d, e);
-  FlattenCubic(p0, a, d, m, tolerance, depth + 1, out);
-  FlattenCubic(m, e, c, p3, tolerance, depth + 1, out);
+  out.push_back(p3);
 }
 
 // The path's closed contours in em units, y up, without repeated points.
@@ -60,7 +55,7 @@ std::vector<Contour> Contours(const QPainterPath& path, double tolerance) {
       contours.back().push_back(at(i));
     } else if (e.type == QPainterPath::CurveToElement && i + 2 < path.elementCount()) {
       const Point start = contours.back().back();
-      FlattenCubic(start, at(i), at(i + 1), at(i + 2), tolerance, 0, contours.back());
+      FlattenCubic(start, at(i), at(i + 1), at(i + 2), tolerance, contours.back());
       i += 2;
     }
   }
@@ -184,6 +179,7 @@ MeshData BuildTextMesh(const TextFont& font, std::string_view text, float deviat
     const float out = area >= 0 ? 1.0f : -1.0f;
     const float smooth = std::cos(30.0f * 3.14159265f / 180.0f);
     std::vector<std::array<float, 2>> normals;
+    std::vector<std::uint32_t> starts, ends;  // each wall's vertex pair at its start and its end
     for (const Contour& c : contours) {
       const std::size_t n = c.size();
       normals.resize(n);
@@ -194,27 +190,33 @@ MeshData BuildTextMesh(const TextFont& font, std::string_view text, float deviat
         const float length = std::hypot(dx, dy);
         normals[i] = {out * dy / length, -out * dx / length};
       }
-      // A corner's normal: shared by both walls across a gentle bend, each wall's own at a sharp one.
-      auto corner = [&](std::size_t wall, std::size_t other) -> std::array<float, 2> {
-        const auto& w = normals[wall];
-        const auto& o = normals[other];
-        if (w[0] * o[0] + w[1] * o[1] < smooth) return w;
-        const float sx = w[0] + o[0], sy = w[1] + o[1], length = std::hypot(sx, sy);
-        return {sx / length, sy / length};
+      // Each point gets a pair of vertices (front, back): one pair shared by both walls across a
+      // gentle bend, with their mean normal; two at a sharp corner, each wall's own.
+      auto pair = [&](const Point& p, float nx, float ny) {
+        const auto index = static_cast<std::uint32_t>(mesh.Vertices.size());
+        const auto x = static_cast<float>(p[0]), y = static_cast<float>(p[1]);
+        mesh.Vertices.push_back({x, y, 0, nx, ny, 0, 0, 0});
+        mesh.Vertices.push_back({x, y, extrusion, nx, ny, 0, 0, 0});
+        return index;
       };
+      starts.resize(n);
+      ends.resize(n);
       for (std::size_t i = 0; i < n; ++i) {
-        const std::size_t next = (i + 1) % n;
-        const auto start = corner(i, (i + n - 1) % n), end = corner(i, next);
-        const auto x0 = static_cast<float>(c[i][0]), y0 = static_cast<float>(c[i][1]);
-        const auto x1 = static_cast<float>(c[next][0]), y1 = static_cast<float>(c[next][1]);
-        const auto base = static_cast<std::uint32_t>(mesh.Vertices.size());
-        mesh.Vertices.push_back({x0, y0, 0, start[0], start[1], 0, 0, 0});
-        mesh.Vertices.push_back({x1, y1, 0, end[0], end[1], 0, 0, 0});
-        mesh.Vertices.push_back({x1, y1, extrusion, end[0], end[1], 0, 0, 0});
-        mesh.Vertices.push_back({x0, y0, extrusion, start[0], start[1], 0, 0, 0});
+        const std::size_t previous = (i + n - 1) % n;
+        const auto& w = normals[i];
+        const auto& o = normals[previous];
+        if (w[0] * o[0] + w[1] * o[1] >= smooth) {
+          const float sx = w[0] + o[0], sy = w[1] + o[1], length = std::hypot(sx, sy);
+          starts[i] = ends[previous] = pair(c[i], sx / length, sy / length);
+        } else {
+          starts[i] = pair(c[i], w[0], w[1]);
+          ends[previous] = pair(c[i], o[0], o[1]);
+        }
+      }
+      for (std::size_t i = 0; i < n; ++i) {
         const float wall[3] = {normals[i][0], normals[i][1], 0};
-        AddTriangle(mesh, base, base + 1, base + 2, wall);
-        AddTriangle(mesh, base, base + 2, base + 3, wall);
+        AddTriangle(mesh, starts[i], ends[i], ends[i] + 1, wall);
+        AddTriangle(mesh, starts[i], ends[i] + 1, starts[i] + 1, wall);
       }
     }
   }
