@@ -114,6 +114,8 @@ void frm3DShape::RegisterControls() {
   c.txtMeshInfo = m.Add(f, ControlKind::TextBox, "txtMeshInfo");
   m.SetToolTip(c.txtMeshInfo, "Shows the Mesh Info");
 
+  c.chkShowMesh = check("chkShowMesh", "Show the Mesh (Wireframe)");
+
   c.cmdLoadTextBoxTexture = m.Add(f, ControlKind::CommandButton, "cmdLoadTextBoxTexture");
   m.SetCaption(c.cmdLoadTextBoxTexture, "Load Text Box Picture");
   c.cmdClearTextBoxTexture = m.Add(f, ControlKind::CommandButton, "cmdClearTextBoxTexture");
@@ -171,6 +173,9 @@ void frm3DShape::BindFields() {
   bind({preserve,
         [preserve](const ControlModel& m, TextObject& t) { t.Mesh3DPreserveTextures = m.Value(preserve) == 1 ? 1 : 0; },
         [preserve](ControlModel& m, const TextObject& t) { m.SetValue(preserve, t.Mesh3DPreserveTextures != 0 ? 1 : 0); }});
+  const ControlHandle mesh = c.chkShowMesh;
+  bind({mesh, [mesh](const ControlModel& m, TextObject& t) { t.Shape3DRenderMesh = m.Value(mesh) == 1 ? 1 : 0; },
+        [mesh](ControlModel& m, const TextObject& t) { m.SetValue(mesh, t.Shape3DRenderMesh != 0 ? 1 : 0); }});
   // The mesh info is the loader's to write; the box only shows it.
   const ControlHandle info = c.txtMeshInfo;
   bind({info, nullptr, [info](ControlModel& m, const TextObject& t) { m.SetText(info, t.Mesh3DInfo); }}, false);

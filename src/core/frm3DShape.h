@@ -36,6 +36,8 @@ class frm3DShape {
     ControlHandle SliderWaveAmplitude, SliderWaveSize, SliderWavePhase, SliderWaveTiling;
     ControlHandle SliderSpiralRadius, SliderSpiralRevolutionCount, SliderSpiralSmoothness, SliderSpiralTiling;
     ControlHandle cmdLoadCustomMesh, SliderCustomMeshZ, chkCustomMeshPreserveTextures, txtMeshInfo;
+    // The mesh drawn as lines: a shape's outline over it, an extruded text or a model in wireframe.
+    ControlHandle chkShowMesh;
     // A picture shown on the text's shape in place of its string, and the way back to the string.
     ControlHandle cmdLoadTextBoxTexture, cmdClearTextBoxTexture, lblTextBoxTexture;
   };

@@ -108,6 +108,10 @@ frm3DShapeWindow::frm3DShapeWindow(frm3DShape& form, QWidget* parent) : QWidget(
   WidgetBinding::Bind(model, c.txtMeshInfo, info);
   custom->addWidget(info, custom->rowCount(), 0, 1, 3);
 
+  auto* showMesh = new QCheckBox(this);
+  WidgetBinding::Bind(model, c.chkShowMesh, showMesh);
+  layout->addWidget(showMesh);
+
   auto* picture = new QGroupBox(tr("Text Box Picture"), this);
   auto* pictureLayout = new QGridLayout(picture);
   auto* loadPicture = new QPushButton(picture);

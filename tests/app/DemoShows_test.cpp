@@ -5,6 +5,7 @@
 
 #include "app/HeadlessRunner.h"
 #include "app/Options.h"
+#include "core/clsText.h"
 
 namespace lumivane {
 namespace {
@@ -61,6 +62,21 @@ TEST(DemoShows, TheTickerRunsThroughItsWordsAndTheCustomTextWalksItsLines) {
   const auto custom = Column(log, 2);
   EXPECT_EQ(custom.front(), "one");
   EXPECT_EQ(custom.back(), "two");  // 600 ms on, the next line
+}
+
+// The model is found in the collection folder beside the show, read before the first frame that
+// shows it, and its counts reach the text.
+TEST(DemoShows, TheThreeDDemoFindsItsModelBesideTheShow) {
+  const std::string path = std::string(LUMIVANE_SOURCE_RESOURCES) + "/Demo 3D Text.xml";
+  const auto parsed = ParseOptions({"--headless", path, "--frames", "2", "--out", "-"});
+  std::ostringstream err;
+  HeadlessSession session(parsed.options, err);
+  std::string error;
+  ASSERT_TRUE(session.LoadShow(path, error)) << error;
+  ASSERT_TRUE(session.OpenOutput("-", 320, 180, 30, error)) << error;
+  session.Play(1, nullptr, false);
+  EXPECT_TRUE(session.FinishOutput(error)) << error;
+  EXPECT_EQ(session.Text().LiveRecord(4)->Mesh3DInfo, "gem.obj\r\nF: 8\r\nV: 24");
 }
 
 }  // namespace

@@ -68,6 +68,7 @@ TEST_F(ShapeFormTest, EverySliderWritesItsOwnFieldOfTheSelectedText) {
   ASSERT_TRUE(model.Drive(c.SliderSpiralTiling, "2", Origin::Animation));
   model.SetValue(c.SliderCustomMeshZ, -75, Origin::Widget);
   model.SetValue(c.chkCustomMeshPreserveTextures, 1, Origin::Widget);
+  ASSERT_TRUE(model.Drive(c.chkShowMesh, "1", Origin::Midi));
 
   const TextObject t = Stored(1);
   EXPECT_EQ(t.Circle3D, (Circle3D{7, 45, 4}));
@@ -75,6 +76,7 @@ TEST_F(ShapeFormTest, EverySliderWritesItsOwnFieldOfTheSelectedText) {
   EXPECT_EQ(t.Spiral3D, (Spiral3D{9, 6, 15, 2}));
   EXPECT_EQ(t.Mesh3DZ, -75.0f);
   EXPECT_EQ(t.Mesh3DPreserveTextures, 1);
+  EXPECT_EQ(t.Shape3DRenderMesh, 1);
   // Only the selected text.
   EXPECT_NE(Stored(2).Circle3D.Radius, 7);
   EXPECT_EQ(Stored(2).Mesh3DPreserveTextures, 0);
