@@ -4,29 +4,14 @@
 # each box 120 x 16, so its texture is 128 x 16 and the boxes do not overlap.
 # Usage: bench/make_textbox_show.sh FILE [COUNT]
 set -euo pipefail
-out=$1
-count=${2:-64}
-rows=$(( (count + 3) / 4 ))
-{
-  echo '<?xml version="1.0"?>'
-  echo '<File>'
-  echo '  <Header><ApplicationName>Lumivane</ApplicationName><Version>0.1.0</Version><Info>Benchmark: 3D text boxes changing every frame.</Info></Header>'
-  echo '  <Global><Resolution>1920x1080</Resolution><BackGroundColor>2105376</BackGroundColor></Global>'
-  echo '  <Text>'
-  echo "    <TextCount>$count</TextCount>"
-  for ((i = 1; i <= count; i++)); do
-    col=$(( (i - 1) % 4 )); row=$(( (i - 1) / 4 ))
-    left=$(( col * 120 )); right=$(( left + 120 ))
-    top=$(( row * 270 / rows )); bottom=$(( top + 16 ))
-    echo "    <${i}Text>"
-    echo "      <Color>16777215</Color><AlignX>Centered</AlignX><TextType>Counter</TextType><SelfTime>1</SelfTime>"
-    echo "      <FONT_SIZE_ZERO>12</FONT_SIZE_ZERO><Particle><Count>1</Count></Particle>"
-    echo "      <Position><Top>$top</Top><Bottom>$bottom</Bottom><Left>$left</Left><Right>$right</Right></Position>"
-    echo "      <Text3D>1</Text3D><BackGroundColor>4194304</BackGroundColor><Extrude3D>0</Extrude3D>"
-    echo "      <Counter><Value>0</Value><Offset>1</Offset><ValueType>Alphanumeric</ValueType><Direction>Increment (+)</Direction><MinDigits>32</MinDigits><MaxDigits>32</MaxDigits><LineBreak>1</LineBreak></Counter>"
-    echo "      <Font><FontName>DejaVu Sans Mono</FontName><FontSize>12</FontSize></Font>"
-    echo "    </${i}Text>"
-  done
-  echo '  </Text>'
-  echo '</File>'
-} >"$out"
+source "$(dirname "$0")/grid_show.sh"
+box() {
+  local left=$2 right=$3 top=$4
+  echo "      <Color>16777215</Color><AlignX>Centered</AlignX><TextType>Counter</TextType><SelfTime>1</SelfTime>"
+  echo "      <FONT_SIZE_ZERO>12</FONT_SIZE_ZERO><Particle><Count>1</Count></Particle>"
+  echo "      <Position><Top>$top</Top><Bottom>$(( top + 16 ))</Bottom><Left>$left</Left><Right>$right</Right></Position>"
+  echo "      <Text3D>1</Text3D><BackGroundColor>4194304</BackGroundColor><Extrude3D>0</Extrude3D>"
+  echo "      <Counter><Value>0</Value><Offset>1</Offset><ValueType>Alphanumeric</ValueType><Direction>Increment (+)</Direction><MinDigits>32</MinDigits><MaxDigits>32</MaxDigits><LineBreak>1</LineBreak></Counter>"
+  echo "      <Font><FontName>DejaVu Sans Mono</FontName><FontSize>12</FontSize></Font>"
+}
+grid_show "$1" "${2:-64}" "3D text boxes changing every frame" box
