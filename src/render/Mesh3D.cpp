@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <thread>
 #include <utility>
 
 namespace lumivane {
@@ -67,7 +68,11 @@ MeshMaterial MaterialOfColor(std::uint32_t color) {
 }
 
 Mesh3D::Mesh3D(std::string path, MeshImportLimits limits) : path_(std::move(path)) {
-  pending_ = std::async(std::launch::async, [path = path_, limits] {
+  // The reading thread owns all it uses: a model dropped before it is read (another show, another
+  // file) never makes the frame wait for it.
+  std::promise<Read> promise;
+  pending_ = promise.get_future();
+  std::thread([path = path_, limits, promise = std::move(promise)]() mutable {
     Read read;
     read.import = ImportMesh(path, limits);
     // The pictures are decoded here too: the frame only uploads them.
@@ -79,12 +84,11 @@ Mesh3D::Mesh3D(std::string path, MeshImportLimits limits) : path_(std::move(path
         DecodeTextureImage(file, 0, 0, TextureFormat::A8R8G8B8, ImageFilter::Linear, 0, image, why);
       read.pictures.push_back(std::move(image));
     }
-    return read;
-  });
+    promise.set_value(std::move(read));
+  }).detach();
 }
 
 Mesh3D::~Mesh3D() {
-  if (pending_.valid()) pending_.wait();
   if (device_ == nullptr) return;
   if (deviceMesh_ != 0) device_->ReleaseMesh(deviceMesh_);
   for (TextureId t : textures_)

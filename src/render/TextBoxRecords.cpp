@@ -18,26 +18,24 @@ std::string FilePath(std::string name) {
   return name;
 }
 
+// A device object kept while records share it, given back with the last of them. Records never
+// outlive the device: Destroy drops them first.
+std::shared_ptr<const std::uint32_t> Hold(RenderDevice* device, std::uint32_t id,
+                                          void (RenderDevice::*release)(std::uint32_t)) {
+  if (id == 0 || device == nullptr) return nullptr;
+  return std::shared_ptr<const std::uint32_t>(new std::uint32_t(id), [device, release](const std::uint32_t* held) {
+    (device->*release)(*held);
+    delete held;
+  });
+}
+
 }  // namespace
 
 std::shared_ptr<const TextureId> clsDirectx::HoldTexture(TextureId texture) {
-  if (texture == 0 || device_ == nullptr) return nullptr;
-  RenderDevice* device = device_;
-  // Records never outlive the device: Destroy drops them first.
-  return std::shared_ptr<const TextureId>(new TextureId(texture), [device](const TextureId* id) {
-    device->ReleaseTexture(*id);
-    delete id;
-  });
+  return Hold(device_, texture, &RenderDevice::ReleaseTexture);
 }
 
-std::shared_ptr<const MeshId> clsDirectx::HoldMesh(MeshId mesh) {
-  if (mesh == 0 || device_ == nullptr) return nullptr;
-  RenderDevice* device = device_;
-  return std::shared_ptr<const MeshId>(new MeshId(mesh), [device](const MeshId* id) {
-    device->ReleaseMesh(*id);
-    delete id;
-  });
-}
+std::shared_ptr<const MeshId> clsDirectx::HoldMesh(MeshId mesh) { return Hold(device_, mesh, &RenderDevice::ReleaseMesh); }
 
 std::shared_ptr<Mesh3D> clsDirectx::Model(const std::string& path) {
   std::weak_ptr<Mesh3D>& slot = models_[path];
