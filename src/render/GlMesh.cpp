@@ -79,6 +79,8 @@ void GlDevice::DrawMeshSubset(MeshId id, std::uint32_t subset) {
   const MeshSubset& s = m.subsets[subset];
   glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(s.IndexCount), GL_UNSIGNED_INT,
                  reinterpret_cast<const void*>(static_cast<std::uintptr_t>(s.IndexStart) * sizeof(std::uint32_t)));
+  // A painter sharing the window's context must never find the mesh's vertex array bound.
+  glBindVertexArray(0);
 }
 
 void GlDevice::ReleaseMesh(MeshId id) {
