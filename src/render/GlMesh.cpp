@@ -42,9 +42,6 @@ MeshId GlDevice::CreateMesh(const MeshData& data) {
   glVertexAttribPointer(4, 3, GL_FLOAT, GL_FALSE, stride, reinterpret_cast<const void*>(std::intptr_t{12}));
   glEnableVertexAttribArray(3);
   glVertexAttribPointer(3, 2, GL_FLOAT, GL_FALSE, stride, reinterpret_cast<const void*>(std::intptr_t{24}));
-  // Meshes carry no colours: unlit, they are white.
-  glVertexAttrib4f(1, 1, 1, 1, 1);
-  glVertexAttrib4f(2, 0, 0, 0, 0);
   glBindVertexArray(0);
   glBindBuffer(GL_ARRAY_BUFFER, 0);
   glStateValid_ = false;
@@ -76,6 +73,10 @@ void GlDevice::DrawMeshSubset(MeshId id, std::uint32_t subset) {
   ApplyState(target);
   if (program_ == nullptr || program_->name == 0) return;
   glBindVertexArray(m.vertexArray);
+  // Meshes carry no colours: unlit, they are white. (Constant attributes are the context's, not
+  // the vertex array's, so they are set for every draw.)
+  glVertexAttrib4f(1, 1, 1, 1, 1);
+  glVertexAttrib4f(2, 0, 0, 0, 0);
   const MeshSubset& s = m.subsets[subset];
   glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(s.IndexCount), GL_UNSIGNED_INT,
                  reinterpret_cast<const void*>(static_cast<std::uintptr_t>(s.IndexStart) * sizeof(std::uint32_t)));

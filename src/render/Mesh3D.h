@@ -14,7 +14,7 @@ namespace lumivane {
 // The lit-mesh states extruded text and models are drawn under: solid (or wireframe) Gouraud
 // triangles, counter-clockwise faces culled, depth tested with LESS, lighting and specular on,
 // `ambient` (0xAARRGGBB) as the ambient light, colours from the material. Each state is kept in
-// `saved` first, so RestoreStates can put the device back as the other passes expect it.
+// `saved` first, so its Restore puts the device back as the other passes expect it.
 struct SavedRenderStates {
   std::vector<std::pair<RenderState, std::uint32_t>> states;
   void Restore(RenderDevice& device) const;
