@@ -1,0 +1,72 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "render/Vertex.h"
+
+namespace lumivane {
+
+class RandomSource;
+
+// The rectangle the background is drawn on, as the last layout left it (kept in show files under
+// LastBackGroundMesh): its offset from the screen's centre in pixels, its size, the texture's
+// extent over it (above 1 it repeats), and its colour (0xAARRGGBB).
+struct BackGroundMesh {
+  double X0 = 0, Y0 = 0;
+  double DU = 1, DV = 1;
+  std::int32_t MeshHeight = 0, MeshWidth = 0;
+  std::uint32_t RenderElementColor = 0xFFFFFFFFu;
+  float DUFeedBackFactor = 1, DVFeedBackFactor = 1;
+};
+
+// A slider pair with its common maximum and the switch that ties the two together.
+struct PlacementBlock {
+  std::int32_t X = 0, Y = 0, Maximum = 0;
+  bool Uniform = false;
+};
+
+// What a new layout is made from: the background controls and the frame's facts.
+struct BackGroundMeshArguments {
+  bool ComputeAspectRatio = false;
+  std::int32_t Index = 0;  // the background shown, 0 for none
+  bool HoldTimer = false;  // the layout stays as it is
+  std::int32_t FilterColor = 0xFFFFFF;  // program order
+  std::int32_t FilterRandom = 0;
+  PlacementBlock Position, Size;
+  double TileX = 1, TileY = 1;
+  bool RandomizeTiling = false;
+  double OffsetX = 0, OffsetY = 0;
+  bool RandomizeOffset = false;
+  bool Hold = false;
+  bool Feedback = false;
+  bool FadeIn = false;        // the fades own the colour while images are loaded
+  bool ImagesLoaded = false;
+  std::int32_t ImageWidth = 0, ImageHeight = 0;  // the shown image's, for its aspect
+  int BackBufferWidth = 0, BackBufferHeight = 0;
+};
+
+// Two random signs: x is 1 when Rnd rounded to a tenth is at most 0.5, y is 1 when a second one
+// is above 0.5; -1 otherwise.
+void RandomSigns(RandomSource& random, int& sx, int& sy);
+
+// A program colour with red, green and blue each moved by up to `amount` in one random direction,
+// held to 0..255.
+std::int32_t ChangeColorRandom(std::int32_t color, std::int32_t amount, RandomSource& random);
+
+// The factors that fit an image's proportions into a target's: (1, ry / rx) for a target no
+// wider than high, else (rx / ry, 1), where rx and ry are width over height; 0 becomes 1.
+void FitAspect(double imageWidth, double imageHeight, double targetWidth, double targetHeight, double& ax,
+               double& ay);
+
+// The next background to show after `current` (1-based): the first visible one from current + 1
+// on, wrapping round; 0 when none is visible.
+std::int32_t GetNextVisibleBackGroundIndex(const std::vector<bool>& visible, std::int32_t current);
+
+// A new layout into `last` (unless held) drawn with `random` in a fixed order, and the twelve
+// vertices of its four triangles round the centre: texture (0, 0) at the top left, (DU, DV) at
+// the bottom right.
+void BuildBackGroundMesh(const BackGroundMeshArguments& args, RandomSource& random, BackGroundMesh& last,
+                         TLVERTEX (&vertices)[12]);
+
+}  // namespace lumivane
