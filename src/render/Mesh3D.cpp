@@ -18,13 +18,17 @@ void SplitColor(std::uint32_t color, float (&out)[4]) {
 
 }  // namespace
 
+void SavedRenderStates::Save(RenderDevice& device, RenderState state) {
+  if (count < states.size()) states[count++] = {state, device.GetRenderState(state)};
+}
+
 void SavedRenderStates::Restore(RenderDevice& device) const {
-  for (auto it = states.rbegin(); it != states.rend(); ++it) device.SetRenderState(it->first, it->second);
+  for (std::size_t i = count; i-- > 0;) device.SetRenderState(states[i].first, states[i].second);
 }
 
 void SetLitMeshStates(RenderDevice& device, bool wireframe, std::uint32_t ambient, SavedRenderStates& saved) {
   auto set = [&](RenderState state, std::uint32_t value) {
-    saved.states.emplace_back(state, device.GetRenderState(state));
+    saved.Save(device, state);
     device.SetRenderState(state, value);
   };
   set(RenderState::VERTEXBLEND, 0);

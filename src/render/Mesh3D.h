@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <future>
 #include <string>
@@ -16,7 +17,10 @@ namespace lumivane {
 // `ambient` (0xAARRGGBB) as the ambient light, colours from the material. Each state is kept in
 // `saved` first, so its Restore puts the device back as the other passes expect it.
 struct SavedRenderStates {
-  std::vector<std::pair<RenderState, std::uint32_t>> states;
+  // A fixed array: the states are saved for every mesh drawn, and a frame allocates nothing.
+  std::array<std::pair<RenderState, std::uint32_t>, 20> states{};
+  std::size_t count = 0;
+  void Save(RenderDevice& device, RenderState state);
   void Restore(RenderDevice& device) const;
 };
 void SetLitMeshStates(RenderDevice& device, bool wireframe, std::uint32_t ambient, SavedRenderStates& saved);

@@ -255,27 +255,6 @@ TEST_F(Render3DTest, AnExtrudedTextIsLitHollowAndBuiltOnlyOnChange) {
   EXPECT_EQ(directx.TextBoxRecord(1)->TextMesh, nullptr);
 }
 
-// Matrix order: turned half round about y, a text on the right stays there turning about its own
-// centre, and swings over to the left turning about the world's (its back face then shows).
-TEST_F(Render3DTest, WorldRotationSwingsATextAboutTheScreenCentre) {
-  AddText("O", 360, 135, 100, 60);
-  TextObject& t = Text(1);
-  t.Extrude3D = 0.3f;
-  t.Color = 0x0000FF;
-  t.BackGroundColor = 0;
-  t.Font.Size = t.RenderFont.Font.Size = t.FONT_SIZE_ZERO = 100;
-  t.Rotation.AngleY = 180;
-  t.Rotation.LoopY = false;
-  t.Rotation.FineTuneRotationAngle = 0;
-  const Blob own = Find(Frame(), 0xB40000);
-  ASSERT_GT(own.count, 100);
-  EXPECT_NEAR(own.x, 0.75 * kWidth, 3);
-  Text(1).Rotation.World = true;
-  const Blob swung = Find(Frame(), 0xB40000);
-  ASSERT_GT(swung.count, 100);
-  EXPECT_NEAR(swung.x, 0.25 * kWidth, 3);
-}
-
 // A "Custom" model read off the frame's thread: its info goes to the text, it is drawn centred on
 // the text's place in the text's colour; a broken file reports why and draws nothing.
 TEST_F(Render3DTest, ACustomModelIsCentredAndABrokenOneReportsWhy) {
