@@ -18,6 +18,8 @@
 namespace lumivane {
 
 class clsText;
+class frmBackgrounds;
+class frmEffects;
 class MsgBox;
 class OutputClones;
 class RenderDevice;
@@ -156,8 +158,13 @@ class frmMain {
   std::string ScreenshotFolder;
   // Answers whether a file exists; the application supplies the file system's answer.
   std::function<bool(const std::string& path)> FileExists;
-  // The frame's background colour: the background form's swatch once that form exists.
+  // The frame's clear colour (picBackGroundColor).
   ControlHandle BackgroundColor;
+  // The background and effect forms, whose controls the frame reads too; none in bare tests.
+  frmBackgrounds* Backgrounds = nullptr;
+  frmEffects* Effects = nullptr;
+  // Told once the output's device is made, so the forms can send it what it lost with the last one.
+  std::function<void()> AfterDeviceInitialize;
   // Loads the factory show after a reset; supplied by the application, which knows where it is.
   std::function<void()> LoadFactoryShow;
   // The clone outputs, made when playback starts and fed after each frame; none when unset.

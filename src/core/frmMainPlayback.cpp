@@ -59,8 +59,8 @@ void frmMain::RegisterPlaybackControls() {
   m.SetCaption(p.framePreview, "Output");
   m.SetVisible(p.framePreview, false);
 
-  // Until the background form exists, its colour swatch stands here, black.
-  BackgroundColor = m.Add("frmBackgrounds", ControlKind::PictureBox, "picBackGroundColor");
+  // The clear colour of every frame, black.
+  BackgroundColor = m.Add(f, ControlKind::PictureBox, "picBackGroundColor");
 }
 
 void frmMain::ConnectPlayback() {
@@ -162,6 +162,7 @@ bool frmMain::StartRender() {
     return false;
   }
   deviceReady_ = true;
+  if (AfterDeviceInitialize) AfterDeviceInitialize();
   // Clone outputs, always on top, the output's placement.
   if (Clones != nullptr) Clones->CloneRenderInitialize(BackBufferWidth, BackBufferHeight);
   if (!running_ || !output_) return false;  // a stop arrived while the clones opened
