@@ -21,8 +21,11 @@
 #include "core/TextPass.h"
 #include "core/clsText.h"
 #include "core/Color.h"
+#include "core/frmBackgrounds.h"
+#include "core/frmEffects.h"
 #include "core/frmMain.h"
 #include "render/FrameImage.h"
+#include "render/OutputForms.h"
 #include "render/RenderDevice.h"
 #include "render/clsDirectx.h"
 #include "media/VideoFileWriter.h"
@@ -93,7 +96,7 @@ void PrintStats(std::ostream& out, std::vector<std::int64_t> frameNs, std::int64
 struct HeadlessSession::State {
   State(const AppOptions& o, std::ostream& err)
       : clock(o.fps), random(o.seed), context{clock, random}, text(context), msgBox(err), main(model, text, msgBox),
-        timer(clock, {}), directx(text) {}
+        backgrounds(model, msgBox, main.BackgroundColor), effects(model), timer(clock, {}), directx(text) {}
   VirtualClock clock;
   SeededRandom random;
   EngineContext context;
@@ -101,6 +104,8 @@ struct HeadlessSession::State {
   clsText text;
   HeadlessMsgBox msgBox;
   frmMain main;
+  frmBackgrounds backgrounds;
+  frmEffects effects;
   RenderTimer timer;
   std::ostream* textLog = nullptr;
   std::string line;
@@ -165,8 +170,11 @@ HeadlessSession::HeadlessSession(const AppOptions& options, std::ostream& err)
     s.device->TakeReadBack(s.sink);
   };
   s.main.RenderFrame = [&s] { s.directx.RenderFrame(ReadFrameArguments(s.main)); };
-  // A render from a file is the same every time: no frame goes out without the models it shows.
+  // A render from a file is the same every time: no frame goes out without the models and
+  // pictures it shows.
   s.directx.WaitForModels = true;
+  s.directx.WaitForImages = true;
+  ConnectOutputForms(s.main, s.backgrounds, s.effects, [&s]() -> clsDirectx* { return s.device ? &s.directx : nullptr; });
   RenderTimer::Hooks hooks;
   hooks.render = [&s] { s.main.Render(); };
   s.timer.SetHooks(std::move(hooks));
@@ -192,6 +200,7 @@ bool HeadlessSession::OpenOutput(const std::string& out, int width, int height, 
     error = "Error initializing OpenGL. " + error;
     return false;
   }
+  AttachOutput(s.directx, s.backgrounds, s.effects);
   s.out = out;
   if (IsVideo(out) && !s.video.Open(out, width, height, fps, error)) return false;
   return true;

@@ -34,12 +34,15 @@
 #include "core/OutputClones.h"
 #include "core/frmMain.h"
 #include "core/frm3DShape.h"
+#include "core/frmBackgrounds.h"
+#include "core/frmEffects.h"
 #include "core/frmOutputConfiguration.h"
 #include "persistence/ShowFile.h"
 #include "persistence/UIPositionFile.h"
 #include "render/FrameImage.h"
 #include "render/MeshImport.h"
 #include "render/RenderDevice.h"
+#include "render/OutputForms.h"
 #include "render/clsDirectx.h"
 #include "lumivane/Version.h"
 #include "shell/FileMenu.h"
@@ -218,6 +221,10 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
   form.AfterZOrder = [&display](std::int32_t index, bool toBack) {
     if (clsDirectx* directx = display ? display->Directx() : nullptr) directx->TextFrameZOrder(index, toBack);
   };
+  // The background and effect layers: their forms reach the output while one runs.
+  frmBackgrounds backgroundForm(model, msgBox, form.BackgroundColor);
+  frmEffects effectForm(model);
+  ConnectOutputForms(form, backgroundForm, effectForm, [&display]() -> clsDirectx* { return display ? display->Directx() : nullptr; });
   frm3DShape shapeForm(model, form);
   // A model the operator picked is read on a thread of its own while frames go on; the form shows
   // what was read (or why not). The output reads the file again for itself, off its frame path.

@@ -44,17 +44,6 @@ void FitAspect(double imageWidth, double imageHeight, double targetWidth, double
   if (ay == 0) ay = 1;
 }
 
-std::int32_t GetNextVisibleBackGroundIndex(const std::vector<bool>& visible, std::int32_t current) {
-  const auto count = static_cast<std::int32_t>(visible.size());
-  if (count == 0) return 0;
-  const std::int32_t start = current + 1 >= 1 && current + 1 <= count ? current + 1 : 1;
-  for (std::int32_t i = start; i <= count; ++i)
-    if (visible[static_cast<std::size_t>(i - 1)]) return i;
-  for (std::int32_t i = 1; i < start; ++i)
-    if (visible[static_cast<std::size_t>(i - 1)]) return i;
-  return 0;
-}
-
 void BuildBackGroundMesh(const BackGroundMeshArguments& a, RandomSource& random, BackGroundMesh& last,
                          TLVERTEX (&vertices)[12]) {
   const double width = a.BackBufferWidth, height = a.BackBufferHeight;

@@ -49,9 +49,22 @@ std::int32_t ChangeColorRandom(std::int32_t color, std::int32_t amount, RandomSo
 void FitAspect(double imageWidth, double imageHeight, double targetWidth, double targetHeight, double& ax,
                double& ay);
 
-// The next background to show after `current` (1-based): the first visible one from current + 1
-// on, wrapping round; 0 when none is visible.
-std::int32_t GetNextVisibleBackGroundIndex(const std::vector<bool>& visible, std::int32_t current);
+// The next background to show after `current` (1-based) of `count`: the first one from current + 1
+// on for which `visible(i)` holds, wrapping round; 0 when none is visible.
+template <class Visible>
+std::int32_t GetNextVisibleBackGroundIndex(std::int32_t count, std::int32_t current, Visible visible) {
+  if (count <= 0) return 0;
+  const std::int32_t start = current + 1 >= 1 && current + 1 <= count ? current + 1 : 1;
+  for (std::int32_t i = start; i <= count; ++i)
+    if (visible(i)) return i;
+  for (std::int32_t i = 1; i < start; ++i)
+    if (visible(i)) return i;
+  return 0;
+}
+inline std::int32_t GetNextVisibleBackGroundIndex(const std::vector<bool>& visible, std::int32_t current) {
+  return GetNextVisibleBackGroundIndex(static_cast<std::int32_t>(visible.size()), current,
+                                       [&](std::int32_t i) { return visible[static_cast<std::size_t>(i - 1)]; });
+}
 
 // A new layout into `last` (unless held) drawn with `random` in a fixed order, and the twelve
 // vertices of its four triangles round the centre: texture (0, 0) at the top left, (DU, DV) at

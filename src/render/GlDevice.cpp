@@ -341,10 +341,10 @@ void GlDevice::Carry() {
 
 // ---- Textures -------------------------------------------------------------------------------
 
-TextureId GlDevice::CreateTexture(int width, int height, TextureFormat format, bool renderTarget) {
+TextureId GlDevice::CreateTexture(int width, int height, TextureFormat format, bool renderTarget, bool exactSize) {
   if (!ready_ || width < 1 || height < 1) return 0;
   Flush();
-  const int w = NextPowerOfTwo(width), h = NextPowerOfTwo(height);
+  const int w = exactSize ? width : NextPowerOfTwo(width), h = exactSize ? height : NextPowerOfTwo(height);
   if (w > caps_.MaxTextureWidth || h > caps_.MaxTextureHeight) return 0;
   Texture t;
   t.width = w;
@@ -382,7 +382,7 @@ TextureId GlDevice::CreateTexture(int width, int height, TextureFormat format, b
 }
 
 TextureId GlDevice::CreateTextureFromImage(const TextureImage& image) {
-  const TextureId id = CreateTexture(image.Width, image.Height, image.Format, false);
+  const TextureId id = CreateTexture(image.Width, image.Height, image.Format, false, false);
   if (id == 0) return 0;
   UpdateTexture(id, 0, 0, image.Width, image.Height, image.Pixels.data(),
                 static_cast<std::ptrdiff_t>(image.Width) * BytesPerPixel(image.Format));

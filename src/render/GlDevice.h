@@ -52,7 +52,7 @@ class GlDevice final : public RenderDevice {
   void SetLight(const Light& light) override;
   void LightEnable(bool on) override;
 
-  TextureId CreateTexture(int width, int height, TextureFormat format, bool renderTarget) override;
+  TextureId CreateTexture(int width, int height, TextureFormat format, bool renderTarget, bool exactSize) override;
   TextureId CreateTextureFromImage(const TextureImage& image) override;
   void UpdateTexture(TextureId texture, int x, int y, int width, int height, const void* pixels,
                      std::ptrdiff_t stride) override;

@@ -171,8 +171,10 @@ class RenderDevice {
   virtual void LightEnable(bool on) = 0;
 
   // ---- Textures ------------------------------------------------------------------------------
-  // Sizes go up to the next power of two. 0 when the texture cannot be made.
-  virtual TextureId CreateTexture(int width, int height, TextureFormat format, bool renderTarget = false) = 0;
+  // Sizes go up to the next power of two, unless `exactSize` (the copies of the back buffer, whose
+  // texture coordinates 0 to 1 must span the frame exactly). 0 when the texture cannot be made.
+  virtual TextureId CreateTexture(int width, int height, TextureFormat format, bool renderTarget = false,
+                                  bool exactSize = false) = 0;
   // An image prepared off the frame path (DecodeTextureImage) made into a texture.
   virtual TextureId CreateTextureFromImage(const TextureImage& image) = 0;
   // Loads, scales and colour-keys an image file in one go (see DecodeTextureImage); 0 with the

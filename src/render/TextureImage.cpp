@@ -55,12 +55,31 @@ bool DecodeTextureImage(const std::string& path, int width, int height, TextureF
             std::to_string(size.height()) + ").";
     return false;
   }
+  // Without a colour key the reader may scale while it decodes (a JPEG photo decodes at a fraction
+  // of its size, much faster); keyed pictures must be keyed at their own size first.
+  if (colorKey == 0 && width > 0 && height > 0 && size.isValid()) {
+    const QSize target(NextPowerOfTwo(width), NextPowerOfTwo(height));
+    if (target.width() < size.width() || target.height() < size.height()) reader.setScaledSize(target);
+  }
   QImage image;
   if (!reader.read(&image) || image.isNull()) {
     error = "The image \"" + path + "\" cannot be read: " + reader.errorString().toStdString() + ".";
     return false;
   }
   PrepareTextureImage(image, width, height, format, filter, colorKey, out);
+  return true;
+}
+
+bool ReadImageSize(const std::string& path, std::int32_t& width, std::int32_t& height, std::string& error) {
+  QImageReader reader(QString::fromStdString(path));
+  const QSize size = reader.size();
+  if (!reader.canRead() || !size.isValid() || size.isEmpty()) {
+    error = reader.errorString().toStdString();
+    width = height = 0;
+    return false;
+  }
+  width = size.width();
+  height = size.height();
   return true;
 }
 

@@ -28,5 +28,8 @@ bool DecodeTextureImage(const std::string& path, int width, int height, TextureF
 // The same from an image already in memory.
 void PrepareTextureImage(const QImage& source, int width, int height, TextureFormat format, ImageFilter filter,
                          std::uint32_t colorKey, TextureImage& out);
+// A picture's size from its header, without decoding it. False with the reason when the file is
+// not a picture Qt can read.
+bool ReadImageSize(const std::string& path, std::int32_t& width, std::int32_t& height, std::string& error);
 
 }  // namespace lumivane

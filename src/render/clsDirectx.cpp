@@ -2,9 +2,14 @@
 
 #include <cmath>
 
+#include <charconv>
+
 #include "core/Color.h"
+#include "core/EngineContext.h"
 #include "core/TextObject.h"
 #include "core/clsText.h"
+#include "core/frmBackgrounds.h"
+#include "core/frmEffects.h"
 #include "core/frmMain.h"
 #include "render/TextureImage.h"
 
@@ -14,11 +19,78 @@ namespace {
 
 std::string Number(int value) { return std::to_string(value); }
 
+// A slider pair, its maximum (the first slider's) and its uniform box.
+PlacementBlock Placement(ControlHandle x, ControlHandle y, ControlHandle uniform) {
+  const Control* first = x.get();
+  return {ControlModel::Value(x), ControlModel::Value(y), first != nullptr ? first->Max : 0,
+          ControlModel::Checked(uniform)};
+}
+
+// A text box's whole number; what does not read counts as 0.
+std::int32_t WholeNumber(const std::string& text) {
+  const char* begin = text.data();
+  const char* end = begin + text.size();
+  while (begin != end && *begin == ' ') ++begin;
+  std::int32_t value = 0;
+  if (std::from_chars(begin, end, value).ec != std::errc()) return 0;
+  return value;
+}
+
+void ReadBackground(const frmBackgrounds& form, FrameArguments& args) {
+  const frmBackgrounds::Controls& c = form.C();
+  BackgroundArguments& b = args.Background;
+  b.FilterColor = ControlModel::BackColor(c.piCFilterColor);
+  b.FilterRandom = ControlModel::Value(c.sliderRandomBackgroundFilterColor);
+  b.TimerInterval = WholeNumber(ControlModel::Text(c.txtTimerInterval));
+  b.HoldTimer = ControlModel::Checked(c.chkHoldBackgroundTimer);
+  b.ComputeAspectRatio = ControlModel::Checked(c.chkComputeAspectRatio);
+  b.FadeIn = ControlModel::Checked(c.chkImageFadeIn);
+  b.FadeOut = ControlModel::Checked(c.chkImageFadeOut);
+  b.Position = Placement(c.SliderBackGroundPositionRandomX, c.SliderBackGroundPositionRandomY,
+                         c.chkBackGroundPositionUniform);
+  b.Size = Placement(c.SliderBackgroundSizeRandomX, c.SliderBackgroundSizeRandomY, c.chkBackGroundSizeUniform);
+  b.TileX = ControlModel::Value(c.SliderBackgroundTileX);
+  b.TileY = ControlModel::Value(c.SliderBackgroundTileY);
+  b.RandomizeTiling = ControlModel::Checked(c.chkRandomizeTiling);
+  b.Feedback = ControlModel::Value(c.cmdFeedBack) == 1;
+  b.OffsetX = ControlModel::Value(c.SliderBackGroundOffsetX);
+  b.OffsetY = ControlModel::Value(c.SliderBackGroundOffsetY);
+  b.RandomizeOffset = ControlModel::Checked(c.chkRandomizeOffset);
+  args.KeepPreviousFrame = ControlModel::Checked(c.chkHoldBackground);
+  args.MaskEnabled = ControlModel::Value(c.cmdEnableMask) == 1;
+  args.FeedbackRate = ControlModel::Value(c.SliderRecordFramesPerSecond);
+  args.Fade = std::abs(ControlModel::Value(c.SliderFadeOut));
+  args.Invert = ControlModel::Checked(c.chkInvertOutput);
+}
+
+void ReadEffect(const frmEffects& form, EffectArguments& e) {
+  const frmEffects::Controls& c = form.C();
+  e.ComputeAspectRatio = ControlModel::Checked(c.chkComputeAspectRatio);
+  e.Enabled = ControlModel::Checked(c.chkEnableEffect);
+  e.Capture = ControlModel::Checked(c.chkCaptureEffect);
+  e.HoldTimer = ControlModel::Checked(c.chkHoldEffectTimer);
+  e.SourceBlend = EffectBlendCode(ControlModel::Text(c.cboSourceBlend), true);
+  e.TargetBlend = EffectBlendCode(ControlModel::Text(c.cboTargetBlend), false);
+  e.Color = ControlModel::BackColor(c.picEffectColor);
+  e.ColorRandom = std::abs(ControlModel::Value(c.SliderEffectColorRandom));
+  e.Timer = ControlModel::Value(c.SliderEffectTime);
+  e.Position = Placement(c.SliderEffectPositionRandomX, c.SliderEffectPositionRandomY, c.chkEffectPositionUniform);
+  e.Size = Placement(c.SliderEffectSizeRandomX, c.SliderEffectSizeRandomY, c.chkEffectSizeUniform);
+  e.TileX = ControlModel::Value(c.SliderEffectTileX);
+  e.TileY = ControlModel::Value(c.SliderEffectTileY);
+  e.RandomizeTiling = ControlModel::Checked(c.chkRandomizeTiling);
+  e.OffsetX = ControlModel::Value(c.SliderEffectOffsetX);
+  e.OffsetY = ControlModel::Value(c.SliderEffectOffsetY);
+  e.RandomizeOffset = ControlModel::Checked(c.chkRandomizeOffset);
+}
+
 }  // namespace
 
 FrameArguments ReadFrameArguments(const frmMain& form) {
   FrameArguments args;
   args.ClearColor = ControlModel::BackColor(form.BackgroundColor);
+  if (form.Backgrounds != nullptr) ReadBackground(*form.Backgrounds, args);
+  if (form.Effects != nullptr) ReadEffect(*form.Effects, args.Effect);
   args.Text = form.FrameInput();
   args.PreviewWidth = form.PreviewWidth;
   args.PreviewHeight = form.PreviewHeight;
@@ -53,32 +125,106 @@ bool clsDirectx::Initialize(RenderDevice* device, const std::string& application
   return true;
 }
 
-TextureId clsDirectx::FeedbackTexture() {
-  if (feedbackTexture_ != 0 || device_ == nullptr) return feedbackTexture_;
-  // The missing-image tile at back buffer size, made when first asked for: it is 16 MB at 1080p,
-  // and a show without feedback never needs it. A folder without the tile still plays: grey
-  // stands in.
-  feedbackTexture_ = device_->CreateTextureFromFileEx(applicationFolder_ + "/NoTexture.bmp", device_->BackBufferWidth(),
-                                                      device_->BackBufferHeight(), TextureFormat::X8R8G8B8,
-                                                      ImageFilter::Point, 0);
-  if (feedbackTexture_ == 0) {
-    TextureImage grey;
-    grey.Width = grey.Height = 2;
-    grey.Format = TextureFormat::X8R8G8B8;
-    grey.Pixels.assign(4, 0xFF404040u);
-    feedbackTexture_ = device_->CreateTextureFromImage(grey);
-  }
-  return feedbackTexture_;
-}
-
 void clsDirectx::Destroy() {
   if (device_ == nullptr) return;
   textBoxes_.clear();  // their textures and meshes go back to the device while it is still there
   models_.clear();
   textDrawer_.reset();
-  if (feedbackTexture_ != 0) device_->ReleaseTexture(feedbackTexture_);
-  feedbackTexture_ = 0;
+  ReleaseOutputTextures();
   device_ = nullptr;
+}
+
+void clsDirectx::ReleaseOutputTextures() {
+  ResetBackGrounds();
+  ResetEffectTexture();
+  CreateMaskTexture({});
+  for (TextureId* t : {&feedbackTarget_, &effectCapture_, &overlayTexture_, &outputTexture_}) {
+    if (*t != 0) device_->ReleaseTexture(*t);
+    *t = 0;
+  }
+  for (Upload& u : uploads_)
+    if (u.texture != 0) device_->ReleaseTexture(u.texture);
+  uploads_.clear();
+  images_.reset();  // decodes under way run out unheard
+  feedbackTexture_ = 0;
+  overlayLeft_ = 0;
+  backgroundChangeRequested_ = false;
+}
+
+void clsDirectx::FinishImages() {
+  if (!images_) return;
+  images_->WaitAll();
+  const std::size_t budget = UploadPixelsPerFrame;
+  UploadPixelsPerFrame = static_cast<std::size_t>(-1);
+  PollImages();
+  UploadPixelsPerFrame = budget;
+}
+
+void clsDirectx::PollImages() {
+  RenderDevice* d = device_;
+  if (d == nullptr || !images_) return;
+  ImageLoader::Result result;
+  while (images_->Take(result)) {
+    Upload upload;
+    upload.result = std::move(result);
+    if (upload.result.Ok) {
+      const TextureImage& image = upload.result.Image;
+      upload.texture = d->CreateTexture(image.Width, image.Height, image.Format);
+    }
+    uploads_.push_back(std::move(upload));
+  }
+  // A slice of the oldest picture a frame; each is handed over once it is whole.
+  std::size_t budget = UploadPixelsPerFrame;
+  while (!uploads_.empty()) {
+    Upload& u = uploads_.front();
+    const TextureImage& image = u.result.Image;
+    if (u.texture != 0 && u.rowsDone < image.Height) {
+      const std::size_t width = static_cast<std::size_t>(std::max(image.Width, 1));
+      const int rows = static_cast<int>(std::clamp<std::size_t>(budget / width, 1, static_cast<std::size_t>(image.Height - u.rowsDone)));
+      d->UpdateTexture(u.texture, 0, u.rowsDone, image.Width, rows,
+                       image.Pixels.data() + static_cast<std::size_t>(u.rowsDone) * width,
+                       static_cast<std::ptrdiff_t>(width) * 4);
+      u.rowsDone += rows;
+      budget -= std::min(budget, static_cast<std::size_t>(rows) * width);
+      if (u.rowsDone < image.Height) return;
+    }
+    Upload done = std::move(uploads_.front());
+    uploads_.erase(uploads_.begin());
+    ImageArrived(done.result, done.texture);
+    if (budget == 0) return;
+  }
+}
+
+void clsDirectx::ImageArrived(ImageLoader::Result& result, TextureId texture) {
+  RenderDevice& d = *device_;
+  const std::uint64_t ticket = result.Ticket;
+  for (BackgroundTexture& b : backgrounds_) {
+    if (b.Loading != ticket) continue;
+    b.Loading = 0;
+    b.Texture = texture;  // none for a picture that would not load: the rectangle shows the tint
+    return;
+  }
+  if (ticket == effectLoading_) {
+    effectLoading_ = 0;
+    if (effectFile_ != 0) d.ReleaseTexture(effectFile_);
+    effectFile_ = texture;
+    effectTexture_ = texture;
+    effectDU_ = effectDV_ = 1.0f;
+    TextureDesc desc;
+    if (texture != 0 && d.GetDesc(texture, desc)) {
+      effectTextureWidth_ = desc.Width;
+      effectTextureHeight_ = desc.Height;
+    }
+    return;
+  }
+  if (ticket == maskLoading_) {
+    maskLoading_ = 0;
+    if (maskTexture_ != 0) d.ReleaseTexture(maskTexture_);
+    maskTexture_ = texture;
+    return;
+  }
+  // Nobody waits for it any more.
+  if (texture != 0) d.ReleaseTexture(texture);
 }
 
 std::string clsDirectx::DevicePropertyInfo(const DeviceCaps& caps) {
@@ -100,25 +246,88 @@ std::string clsDirectx::GetDevicePropertyInfo() const {
 
 void clsDirectx::RenderFrame(const FrameArguments& args) {
   RenderDevice* d = device_;
+  const Tick now = text_.Context().clock.Now();
+  if (d != nullptr) {
+    if (WaitForImages) FinishImages();
+    else PollImages();
+    // The feedback source is made outside any scene, the first time it is wanted.
+    if (args.Background.Feedback) FeedbackTexture();
+  }
   // 1. Clear, unless the last frame is kept to be painted over.
   if (d != nullptr && !args.KeepPreviousFrame) d->Clear(ToDeviceColor(args.ClearColor), true);
   // 2.
   if (d != nullptr) d->BeginScene();
-  // 3. to 7. Background timing and drawing, the preset overlay, video and the first FreeFrame
-  // place: not built yet.
-  // 8.
-  if (d != nullptr) d->SetTexture(0);
+  if (d != nullptr) {
+    // 3. and 4. The background's timer, then its draw: the feedback copy, or the picture shown
+    // (the last one while the next is still coming in).
+    bool changed = false;
+    BackgroundStep(args, now, changed);
+    if (args.Background.Feedback) {
+      RenderBackground(FeedbackTexture());
+    } else if (backgroundIndex_ > 0) {
+      const BackgroundTexture& b = backgrounds_[static_cast<std::size_t>(backgroundIndex_ - 1)];
+      const TextureId shown = b.Texture == 0 && b.Loading != 0 ? lastDrawnBackground_ : b.Texture;
+      if (b.Texture != 0) lastDrawnBackground_ = b.Texture;
+      RenderBackground(shown);
+    }
+    // 5.
+    RenderMachineStateOverlay();
+    // 6. and 7. Video and the first FreeFrame place: not built yet.
+    // 8.
+    d->SetTexture(0);
+  }
   // 9.
   DrawFlatTexts(args);
   // 10.
   if (d != nullptr) d->EndScene();
   // 11.
   Render3D(args);
-  // 12. to 19. The effect layer, the feedback copy, invert, mask, the output fade, the second
-  // FreeFrame place and projection mapping: not built yet.
+  if (d != nullptr) {
+    const float timeScale = text_.Context().TimeScale;
+    // 12. and 13. The effect, its capture on its own timer.
+    if (args.Effect.Enabled) {
+      if (args.Effect.Capture && static_cast<double>(timeScale) * args.Effect.Timer < TicksSince(now, lastEffectCaptureTick_)) {
+        SetEffectTexture({});
+        lastEffectCaptureTick_ = now;
+      }
+      d->BeginScene();
+      RenderEffect(args.Effect, now);
+      d->EndScene();
+    }
+    // 14. The finished layers so far feed the next frames, at their rate.
+    FeedbackCopy(args, now);
+    // 15. to 17. Invert, mask and the fade, which runs in every frame.
+    if (args.Invert) {
+      d->BeginScene();
+      RenderInvert();
+      d->EndScene();
+    }
+    if (args.MaskEnabled) {
+      d->BeginScene();
+      RenderMask();
+      d->EndScene();
+    }
+    d->BeginScene();
+    RenderOutputFade(args.Fade);
+    d->EndScene();
+    // 18. and 19. The second FreeFrame place and projection mapping: not built yet.
+  }
   // 20. and 21.
   if (Present) Present();
   if (CloneRender) CloneRender();
+}
+
+void clsDirectx::FeedbackCopy(const FrameArguments& args, Tick now) {
+  if (!args.Background.Feedback) return;
+  const std::int32_t rate = args.FeedbackRate;
+  // A rate of 0 copies once, the first time, and never again.
+  const bool due = rate >= 1 ? static_cast<double>(TicksSince(now, lastFeedbackTick_)) >
+                                   (1000.0 / rate) * static_cast<double>(text_.Context().TimeScale)
+                             : !feedbackCopied_;
+  if (!due) return;
+  lastFeedbackTick_ = now;
+  feedbackCopied_ = true;
+  RenderOutputToBackGround();
 }
 
 void clsDirectx::DrawFlatTexts(const FrameArguments& args) {

@@ -7,10 +7,13 @@
 #include <string>
 #include <string_view>
 
+#include "core/Clock.h"
 #include "core/TextFrame.h"
 #include "core/TextPass.h"
 #include <vector>
 
+#include "render/BackgroundMesh.h"
+#include "render/ImageLoader.h"
 #include "render/MeshImport.h"
 #include "render/RenderDevice.h"
 #include "render/TextBox.h"
@@ -22,11 +25,45 @@ class clsText;
 class frmMain;
 struct TextObject;
 
+// The background's controls as one frame reads them.
+struct BackgroundArguments {
+  std::int32_t FilterColor = 0xFFFFFF;  // piCFilterColor, program order
+  std::int32_t FilterRandom = 0;
+  std::int32_t TimerInterval = 5000;  // ms
+  bool HoldTimer = false;
+  bool ComputeAspectRatio = false, FadeIn = false, FadeOut = false;
+  PlacementBlock Position, Size;
+  std::int32_t TileX = 1, TileY = 1;
+  bool RandomizeTiling = false;
+  bool Feedback = false;
+  std::int32_t OffsetX = 0, OffsetY = 0;
+  bool RandomizeOffset = false;
+};
+
+// The effect layer's controls as one frame reads them; blends as device codes.
+struct EffectArguments {
+  bool ComputeAspectRatio = false, Enabled = false, Capture = false, HoldTimer = false;
+  int SourceBlend = 3, TargetBlend = 9;
+  std::int32_t Color = 0xFFFFFF, ColorRandom = 0, Timer = 1000;
+  PlacementBlock Position, Size;
+  std::int32_t TileX = 1, TileY = 1;
+  bool RandomizeTiling = false;
+  std::int32_t OffsetX = 0, OffsetY = 0;
+  bool RandomizeOffset = false;
+};
+
 // What frmMain.Render reads from the controls once a frame and hands to RenderFrame. The passes
 // that are not built yet add their values as they come.
 struct FrameArguments {
   std::int32_t ClearColor = 0;     // picBackGroundColor's colour, program order
   bool KeepPreviousFrame = false;  // the global that chkHoldBackground sets
+  BackgroundArguments Background;
+  EffectArguments Effect;
+  // The output stage.
+  bool MaskEnabled = false;
+  std::int32_t FeedbackRate = 25;  // copies of the output a second while feeding back
+  std::int32_t Fade = 255;         // 255 leaves the picture, 0 is black
+  bool Invert = false;
   TextFrameInput Text;
   // The preview pane the text boxes are placed on; the flat texts scale from it to the back buffer.
   int PreviewWidth = 480;
@@ -79,9 +116,71 @@ class clsDirectx {
   std::function<void()> Present;
   std::function<void()> CloneRender;
 
-  // The texture that holds the last copy of the output; it starts as "NoTexture.bmp" of the
-  // application folder at back buffer size.
+  // The texture that holds the last copy of the output: exactly the back buffer's size, so that
+  // the background's texture extent of 1 spans it. It starts as "NoTexture.bmp" of the
+  // application folder.
   TextureId FeedbackTexture();
+
+  // ---- Backgrounds ---------------------------------------------------------------------------
+  // One picture of the output's background list.
+  struct BackgroundTexture {
+    TextureId Texture = 0;
+    float DUFeedBackFactor = 1, DVFeedBackFactor = 1;
+    std::string FileName;
+    bool Visible = false;
+    std::int32_t Width = 0, Height = 0;
+    std::uint64_t Loading = 0;  // the decode under way, 0 when none
+  };
+  // Shows `file` next (hiding all others with `hideAll`): a new file joins the list and is decoded
+  // off the frame path; the frame takes the change at once. An empty name only hides.
+  void InitializeBackground(const std::string& file, bool hideAll, std::int32_t width, std::int32_t height);
+  void ResetBackGrounds();
+  TextureId GetBackGroundTexture(std::int32_t index) const;
+  std::int32_t BackgroundCount() const noexcept { return static_cast<std::int32_t>(backgrounds_.size()); }
+  const BackgroundTexture* Background(std::int32_t index) const noexcept {
+    return index >= 1 && index <= BackgroundCount() ? &backgrounds_[static_cast<std::size_t>(index - 1)] : nullptr;
+  }
+  std::int32_t BackgroundIndex() const noexcept { return backgroundIndex_; }
+  const BackGroundMesh& LastBackGroundMesh() const noexcept { return lastMesh_; }
+  void SetLastBackGroundMesh(const BackGroundMesh& mesh) noexcept { lastMesh_ = mesh; }
+  // Offline renders and tests: pictures asked for are decoded and taken onto the device before
+  // the next frame is drawn, rather than shown when ready.
+  bool WaitForImages = false;
+  // Decodes every picture asked for and takes it onto the device now.
+  void FinishImages();
+  // Pixels of a picture taken onto the device per frame while one is coming in, so that a large
+  // picture never makes one frame long.
+  std::size_t UploadPixelsPerFrame = 1u << 20;
+
+  // ---- The effect layer --------------------------------------------------------------------
+  // With a file name, the effect shows that picture (decoded off the frame path; the last one
+  // stays until it is in); with none, a capture of the back buffer as it is now.
+  void SetEffectTexture(const std::string& file);
+  void ResetEffectTexture();
+  TextureId GetEffectTexture() const noexcept { return effectTexture_; }
+  const std::string& EffectFileName() const noexcept { return effectFileName_; }
+  // The effect colour after each random drift; the control takes it, so the drift goes on from there.
+  std::function<void(std::int32_t programColor)> EffectColorChanged;
+
+  // ---- The output stage --------------------------------------------------------------------
+  // The output mask: the picture scaled to the back buffer's power-of-two size; an empty name
+  // removes it (the mask pass then multiplies with white).
+  void CreateMaskTexture(const std::string& file);
+  TextureId MaskTexture() const noexcept { return maskTexture_; }
+  void RenderMask();
+  void RenderOutputFade(std::int32_t fade);
+  void RenderInvert();
+  void RenderGrayScale();
+  // The last picture of a preset shines through the next for `frames` frames.
+  void InitializeMachineStateOverlay(std::int32_t frames);
+  void RenderMachineStateOverlay();
+  std::int32_t OverlayFrameCount = 0;
+  std::int32_t OverlayFramesLeft() const noexcept { return overlayLeft_; }
+  // The finished picture as a texture for projection mapping, with the share of it the back
+  // buffer fills. One texture, refilled at each call.
+  TextureId GetCurrentOutputTexture(float& ratioX, float& ratioY);
+  // Writes the back buffer to a 24-bit Windows bitmap, whole or not at all.
+  bool RenderToFile(const std::string& path, std::string& error);
   TextDrawer* Text() noexcept { return textDrawer_.get(); }
 
   // ---- Text boxes: what the device holds for each 3D text, in the engine's order ----------
@@ -116,6 +215,25 @@ class clsDirectx {
   static float CameraZ(const TextObject& text, int previewHeight);
 
  private:
+  // ---- Frame steps -----------------------------------------------------------------------
+  // Step 3 and 4: the background's timer, fades and change, then its draw.
+  void BackgroundStep(const FrameArguments& args, Tick now, bool& changed);
+  BackGroundMeshArguments MeshArguments(const FrameArguments& args, bool hold, bool fadeIn) const;
+  void BuildBackGroundMesh(const FrameArguments& args, bool hold, bool fadeIn);
+  void RenderBackground(TextureId texture);
+  void RenderOutputToBackGround();
+  void ComputeBackGroundFeedBackFactor(std::int32_t index);
+  void RenderEffect(const EffectArguments& e, Tick now);
+  void FeedbackCopy(const FrameArguments& args, Tick now);
+  // A full-screen rectangle in `color` with `texture`, blended `source` over `destination`.
+  void DrawOutputRectangle(std::uint32_t color, TextureId texture, int source, int destination);
+  // Takes finished decodes onto the device, a slice a frame.
+  void PollImages();
+  void ImageArrived(ImageLoader::Result& result, TextureId texture);
+  // The back-buffer-sized texture in `slot`, made when missing.
+  TextureId BackBufferTexture(TextureId& slot);
+  void ReleaseOutputTextures();
+
   // The flat texts, straight into the back buffer.
   void DrawFlatTexts(const FrameArguments& args);
   void DrawText(std::int32_t index, std::int32_t copy, const TextFrame& frame);
@@ -144,7 +262,50 @@ class clsDirectx {
   // Made once: a callback made per frame would allocate. The scale is the frame's.
   TextDraw drawText_;
   float drawScaleX_ = 0, drawScaleY_ = 0, drawHeight_ = 0;
-  TextureId feedbackTexture_ = 0;
+  TextureId feedbackTexture_ = 0;  // the texture the background feeds back from
+  TextureId feedbackTarget_ = 0;   // the back-buffer-sized copy it usually is
+
+  // Backgrounds.
+  std::vector<BackgroundTexture> backgrounds_;
+  std::int32_t backgroundIndex_ = 0;
+  bool backgroundChangeRequested_ = false;
+  Tick lastBackgroundTick_ = 0;
+  BackGroundMesh lastMesh_;
+  TLVERTEX backgroundVertices_[12] = {};
+  TextureId lastDrawnBackground_ = 0;  // shown while the next picture is still coming in
+
+  // The effect layer.
+  TextureId effectTexture_ = 0;     // what the effect shows: the file's picture or the capture
+  TextureId effectFile_ = 0;        // the file's picture, owned
+  TextureId effectCapture_ = 0;     // the back-buffer-sized capture, owned
+  std::string effectFileName_;
+  std::uint64_t effectLoading_ = 0;
+  float effectDU_ = 1, effectDV_ = 1;
+  std::int32_t effectTextureWidth_ = 0, effectTextureHeight_ = 0;
+  BackGroundMesh effectMesh_;
+  std::int32_t effectColor_ = 0xFFFFFF;
+  Tick lastEffectTick_ = 0, lastEffectCaptureTick_ = 0;
+  TLVERTEX effectVertices_[12] = {};
+
+  // The output stage.
+  TextureId maskTexture_ = 0;
+  std::uint64_t maskLoading_ = 0;
+  TextureId overlayTexture_ = 0;
+  std::int32_t overlayLeft_ = 0;
+  TextureId outputTexture_ = 0;
+  Tick lastFeedbackTick_ = 0;
+  bool feedbackCopied_ = false;  // the rate 0 copies once
+  TLVERTEX outputRectangle_[12] = {};
+  int outputRectangleWidth_ = 0, outputRectangleHeight_ = 0;
+
+  // Pictures coming in: decodes under way, and the one being taken onto the device a slice at a time.
+  std::unique_ptr<ImageLoader> images_;
+  struct Upload {
+    ImageLoader::Result result;
+    TextureId texture = 0;
+    int rowsDone = 0;
+  };
+  std::vector<Upload> uploads_;
   std::vector<TextBox> textBoxes_;
   std::map<std::string, std::weak_ptr<Mesh3D>> models_;
   TextBoxScratch textBoxScratch_;

@@ -1,0 +1,206 @@
+// The background layer: the output's picture list, the timer with its fades and changes, the
+// rectangle's draw and the feedback loop.
+#include <algorithm>
+#include <cmath>
+
+#include "core/Color.h"
+#include "core/EngineContext.h"
+#include "core/clsText.h"
+#include "render/clsDirectx.h"
+
+namespace lumivane {
+
+namespace {
+
+// A program colour with each channel scaled by `factor`, truncated, above 255 held at 255.
+std::int32_t ScaleColor(std::int32_t color, double factor) {
+  std::int32_t result = 0;
+  for (int shift : {0, 8, 16}) {
+    const double channel = std::trunc(((color >> shift) & 0xFF) * factor);
+    result |= static_cast<std::int32_t>(std::clamp(channel, 0.0, 255.0)) << shift;
+  }
+  return result;
+}
+
+}  // namespace
+
+void clsDirectx::InitializeBackground(const std::string& file, bool hideAll, std::int32_t width,
+                                      std::int32_t height) {
+  if (hideAll)
+    for (BackgroundTexture& b : backgrounds_) b.Visible = false;
+  if (file.empty()) return;
+  std::size_t found = 0;
+  while (found < backgrounds_.size() && backgrounds_[found].FileName != file) ++found;
+  if (found == backgrounds_.size()) {
+    BackgroundTexture record;
+    record.FileName = file;
+    if (device_ != nullptr) {
+      // The picture scaled to its own size's powers of two, held to what a frame can show sharply.
+      const int limit = std::min(device_->Caps().MaxTextureWidth, 2048);
+      const int w = std::clamp(width > 0 ? width : device_->BackBufferWidth(), 1, std::max(limit, 1));
+      const int h = std::clamp(height > 0 ? height : device_->BackBufferHeight(), 1, std::max(limit, 1));
+      if (!images_) images_ = std::make_unique<ImageLoader>();
+      record.Loading = images_->Request(file, w, h, TextureFormat::X8R8G8B8, ImageFilter::Point, 0);
+    }
+    backgrounds_.push_back(std::move(record));
+  }
+  // One before the picture, so that the change lands on it.
+  backgroundIndex_ = static_cast<std::int32_t>(found);
+  BackgroundTexture& record = backgrounds_[found];
+  record.Width = width;
+  record.Height = height;
+  record.Visible = true;
+  backgroundChangeRequested_ = true;
+  if (WaitForImages) FinishImages();
+}
+
+void clsDirectx::ResetBackGrounds() {
+  for (BackgroundTexture& b : backgrounds_)
+    if (b.Texture != 0 && device_ != nullptr) device_->ReleaseTexture(b.Texture);
+  // A feedback loop that started from one of them goes on from its own copy.
+  for (const BackgroundTexture& b : backgrounds_)
+    if (b.Texture != 0 && feedbackTexture_ == b.Texture) feedbackTexture_ = feedbackTarget_;
+  backgrounds_.clear();
+  backgroundIndex_ = 0;
+  lastDrawnBackground_ = 0;
+}
+
+TextureId clsDirectx::GetBackGroundTexture(std::int32_t index) const {
+  const BackgroundTexture* b = Background(index);
+  return b != nullptr ? b->Texture : 0;
+}
+
+void clsDirectx::ComputeBackGroundFeedBackFactor(std::int32_t index) {
+  // The real size is read, and yet both factors are 1 whatever it is: a texture extent of 1 spans
+  // the whole picture however its texture was padded.
+  if (index < 1 || index > BackgroundCount()) return;
+  BackgroundTexture& b = backgrounds_[static_cast<std::size_t>(index - 1)];
+  b.DUFeedBackFactor = b.DVFeedBackFactor = 1.0f;
+}
+
+BackGroundMeshArguments clsDirectx::MeshArguments(const FrameArguments& args, bool hold, bool fadeIn) const {
+  const BackgroundArguments& b = args.Background;
+  BackGroundMeshArguments m;
+  m.ComputeAspectRatio = b.ComputeAspectRatio;
+  m.Index = backgroundIndex_;
+  m.HoldTimer = b.HoldTimer;
+  m.FilterColor = b.FilterColor;
+  m.FilterRandom = b.FilterRandom;
+  m.Position = b.Position;
+  m.Size = b.Size;
+  m.TileX = b.TileX;
+  m.TileY = b.TileY;
+  m.RandomizeTiling = b.RandomizeTiling;
+  m.OffsetX = b.OffsetX;
+  m.OffsetY = b.OffsetY;
+  m.RandomizeOffset = b.RandomizeOffset;
+  m.Hold = hold;
+  m.Feedback = b.Feedback;
+  m.FadeIn = fadeIn;
+  m.ImagesLoaded = !backgrounds_.empty();
+  if (const BackgroundTexture* shown = Background(backgroundIndex_)) {
+    m.ImageWidth = shown->Width;
+    m.ImageHeight = shown->Height;
+  }
+  m.BackBufferWidth = BackBufferWidth();
+  m.BackBufferHeight = BackBufferHeight();
+  return m;
+}
+
+void clsDirectx::BuildBackGroundMesh(const FrameArguments& args, bool hold, bool fadeIn) {
+  if (!hold && !args.Background.HoldTimer && backgroundIndex_ != 0) ComputeBackGroundFeedBackFactor(backgroundIndex_);
+  lumivane::BuildBackGroundMesh(MeshArguments(args, hold, fadeIn), text_.Context().random, lastMesh_,
+                                backgroundVertices_);
+}
+
+void clsDirectx::BackgroundStep(const FrameArguments& args, Tick now, bool& changed) {
+  const BackgroundArguments& b = args.Background;
+  const double elapsed = TicksSince(now, lastBackgroundTick_);
+  const double interval = static_cast<double>(text_.Context().TimeScale) * b.TimerInterval;
+  changed = false;
+  if (interval >= elapsed && !backgroundChangeRequested_) {
+    // The fades scale the tint by the time since the change and the time left; the window of the
+    // fade out is a third of the interval even where the fade time is held at 3 s.
+    const double fadeTime = interval < 10001 ? interval / 3.0 : 3000.0;
+    if (b.FadeIn && elapsed < fadeTime)
+      lastMesh_.RenderElementColor = ToDeviceColor(ScaleColor(b.FilterColor, elapsed / fadeTime));
+    if (b.FadeOut && !b.HoldTimer && (interval - elapsed) < interval / 3.0)
+      lastMesh_.RenderElementColor = ToDeviceColor(ScaleColor(b.FilterColor, (interval - elapsed) / fadeTime));
+    BuildBackGroundMesh(args, true, b.FadeIn);
+  } else {
+    backgroundChangeRequested_ = false;
+    backgroundIndex_ = GetNextVisibleBackGroundIndex(BackgroundCount(), backgroundIndex_, [this](std::int32_t i) {
+      return backgrounds_[static_cast<std::size_t>(i - 1)].Visible;
+    });
+    // Changing in every frame leaves no time to fade in.
+    const bool fadeIn = b.FadeIn && interval != 0;
+    BuildBackGroundMesh(args, false, fadeIn);
+    if (b.Feedback && backgroundIndex_ >= 1) {
+      // A new picture enters the loop: drawn once, copied, and from then on fed back.
+      feedbackTexture_ = GetBackGroundTexture(backgroundIndex_);
+      RenderBackground(feedbackTexture_);
+      BuildBackGroundMesh(args, false, fadeIn);
+      RenderOutputToBackGround();
+    }
+    lastBackgroundTick_ = now;
+    changed = true;
+  }
+}
+
+void clsDirectx::RenderBackground(TextureId texture) {
+  RenderDevice* d = device_;
+  if (d == nullptr) return;
+  d->SetTransform(TransformState::World, Matrix::Identity());
+  d->SetRenderState(RenderState::CULLMODE, 1);
+  d->SetVertexShader(VertexFormat::TL);
+  d->SetTexture(texture);
+  d->SetRenderState(RenderState::FILLMODE, 3);
+  d->DrawPrimitiveUP(PrimitiveType::TriangleList, 4, backgroundVertices_, sizeof(TLVERTEX));
+}
+
+void clsDirectx::RenderOutputToBackGround() {
+  if (device_ == nullptr) return;
+  const TextureId target = BackBufferTexture(feedbackTarget_);
+  if (target == 0) return;
+  feedbackTexture_ = target;
+  device_->CopyBackBufferToTexture(target, 0, 0, BackBufferWidth(), BackBufferHeight(), 0, 0);
+}
+
+TextureId clsDirectx::BackBufferTexture(TextureId& slot) {
+  if (slot == 0 && device_ != nullptr)
+    slot = device_->CreateTexture(BackBufferWidth(), BackBufferHeight(), TextureFormat::X8R8G8B8, true, true);
+  return slot;
+}
+
+TextureId clsDirectx::FeedbackTexture() {
+  if (feedbackTexture_ != 0 || device_ == nullptr) return feedbackTexture_;
+  if (feedbackTarget_ == 0) {
+    // The missing-image tile stretched over a back-buffer-sized target, made when first asked for
+    // (a show without feedback never needs it), outside any scene. A folder without the tile
+    // still plays: grey stands in.
+    RenderDevice& d = *device_;
+    if (BackBufferTexture(feedbackTarget_) == 0) return 0;
+    const TextureId tile = d.CreateTextureFromFileEx(applicationFolder_ + "/NoTexture.bmp", 0, 0,
+                                                     TextureFormat::X8R8G8B8, ImageFilter::Point, 0);
+    if (d.BeginRenderToTexture(feedbackTarget_)) {
+      d.BeginScene();
+      d.Clear(0xFF404040u, true);
+      if (tile != 0) {
+        const float w = static_cast<float>(BackBufferWidth()), h = static_cast<float>(BackBufferHeight());
+        const TLVERTEX quad[4] = {{0, 0, 0, 1, 0xFFFFFFFFu, 0, 0, 0}, {w, 0, 0, 1, 0xFFFFFFFFu, 0, 1, 0},
+                                  {0, h, 0, 1, 0xFFFFFFFFu, 0, 0, 1}, {w, h, 0, 1, 0xFFFFFFFFu, 0, 1, 1}};
+        d.SetRenderState(RenderState::ALPHABLENDENABLE, 0);
+        d.SetTexture(tile);
+        d.DrawPrimitiveUP(PrimitiveType::TriangleStrip, 2, quad);
+        d.SetTexture(0);
+      }
+      d.EndScene();
+      d.EndRenderToTexture();
+    }
+    if (tile != 0) d.ReleaseTexture(tile);
+  }
+  feedbackTexture_ = feedbackTarget_;
+  return feedbackTexture_;
+}
+
+}  // namespace lumivane

@@ -1,0 +1,174 @@
+// The output stage: passes over the finished picture (mask, fade, invert, grey, the preset
+// overlay) and the picture handed on as a texture or a file.
+#include <QFile>
+#include <QSaveFile>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "core/Numbers.h"
+#include "render/clsDirectx.h"
+
+namespace lumivane {
+
+namespace {
+
+constexpr std::uint32_t kWhite = 0xFFFFFFFFu;
+
+std::uint32_t Grey(std::int32_t level) {
+  const auto g = static_cast<std::uint32_t>(std::clamp(level, 0, 255));
+  return 0xFF000000u | (g << 16) | (g << 8) | g;
+}
+
+}  // namespace
+
+void clsDirectx::DrawOutputRectangle(std::uint32_t color, TextureId texture, int source, int destination) {
+  RenderDevice* d = device_;
+  if (d == nullptr) return;
+  const int w = BackBufferWidth(), h = BackBufferHeight();
+  if (w != outputRectangleWidth_ || h != outputRectangleHeight_) {
+    // From just outside one corner to just outside the other, texture 0 to 1.
+    const float l = -1, t = -1, r = static_cast<float>(w) + 1, b = static_cast<float>(h) + 1;
+    const TLVERTEX lt{l, t, 0, 1, 0, 0, 0, 0}, rt{r, t, 0, 1, 0, 0, 1, 0}, rb{r, b, 0, 1, 0, 0, 1, 1},
+        lb{l, b, 0, 1, 0, 0, 0, 1}, c{(l + r) / 2, (t + b) / 2, 0, 1, 0, 0, 0.5f, 0.5f};
+    const TLVERTEX order[12] = {lt, rt, c, rt, rb, c, rb, lb, c, lb, lt, c};
+    std::copy(std::begin(order), std::end(order), outputRectangle_);
+    outputRectangleWidth_ = w;
+    outputRectangleHeight_ = h;
+  }
+  for (TLVERTEX& v : outputRectangle_) v.color = color;
+  d->SetVertexShader(VertexFormat::TL);
+  d->SetTexture(texture);
+  d->SetRenderState(RenderState::SRCBLEND, static_cast<std::uint32_t>(source));
+  d->SetRenderState(RenderState::DESTBLEND, static_cast<std::uint32_t>(destination));
+  d->SetRenderState(RenderState::ALPHABLENDENABLE, 1);
+  d->SetRenderState(RenderState::FILLMODE, 3);
+  d->DrawPrimitiveUP(PrimitiveType::TriangleList, 4, outputRectangle_, sizeof(TLVERTEX));
+  d->SetRenderState(RenderState::ALPHABLENDENABLE, 0);
+  d->SetTexture(0);
+}
+
+void clsDirectx::CreateMaskTexture(const std::string& file) {
+  if (device_ == nullptr) return;
+  if (file.empty()) {
+    maskLoading_ = 0;
+    if (maskTexture_ != 0) device_->ReleaseTexture(maskTexture_);
+    maskTexture_ = 0;
+    return;
+  }
+  if (!images_) images_ = std::make_unique<ImageLoader>();
+  maskLoading_ = images_->Request(file, NextPowerOfTwo(BackBufferWidth()), NextPowerOfTwo(BackBufferHeight()),
+                                  TextureFormat::X8R8G8B8, ImageFilter::Point, 0);
+  if (WaitForImages) FinishImages();
+}
+
+// The picture times the mask picture; without one, times white.
+void clsDirectx::RenderMask() {
+  if (device_ == nullptr) return;
+  device_->SetRenderState(RenderState::CULLMODE, 1);
+  DrawOutputRectangle(kWhite, maskTexture_, 1, 3);
+}
+
+// The picture times fade / 255.
+void clsDirectx::RenderOutputFade(std::int32_t fade) { DrawOutputRectangle(Grey(fade), 0, 1, 3); }
+
+// White times (1 - d) plus d times (1 - d): black turns white, white black, and mid grey lighter
+// than a plain inversion would make it.
+void clsDirectx::RenderInvert() { DrawOutputRectangle(kWhite, 0, 10, 10); }
+
+void clsDirectx::RenderGrayScale() {
+  RenderDevice* d = device_;
+  if (d == nullptr) return;
+  float rx = 1, ry = 1;
+  const TextureId picture = GetCurrentOutputTexture(rx, ry);
+  if (picture == 0) return;
+  // Each pixel's luminance: the dot product with the weights 54, 182 and 18 of 255.
+  d->SetTextureStageState(TextureStageState::COLOROP, 24);
+  d->SetTextureStageState(TextureStageState::COLORARG1, 2);
+  d->SetTextureStageState(TextureStageState::COLORARG2, 3);
+  d->SetRenderState(RenderState::TEXTUREFACTOR, 0x36B612);
+  DrawOutputRectangle(kWhite, picture, 2, 1);
+  d->SetRenderState(RenderState::TEXTUREFACTOR, 0xFFFFFFFFu);
+  d->SetTextureStageState(TextureStageState::COLOROP, 4);
+  d->SetTextureStageState(TextureStageState::COLORARG1, 1);
+  d->SetTextureStageState(TextureStageState::COLORARG2, 1);
+}
+
+void clsDirectx::InitializeMachineStateOverlay(std::int32_t frames) {
+  if (device_ == nullptr) return;
+  const TextureId overlay = BackBufferTexture(overlayTexture_);
+  if (overlay == 0) return;
+  device_->CopyBackBufferToTexture(overlay, 0, 0, BackBufferWidth(), BackBufferHeight(), 0, 0);
+  OverlayFrameCount = frames;
+  overlayLeft_ = std::max(frames, 0);
+}
+
+void clsDirectx::RenderMachineStateOverlay() {
+  if (overlayLeft_ <= 0 || OverlayFrameCount <= 0) return;
+  const double share = static_cast<double>(overlayLeft_) / OverlayFrameCount;
+  DrawOutputRectangle(Grey(static_cast<std::int32_t>(std::trunc(share * 255.0))), overlayTexture_, 3, 9);
+  --overlayLeft_;
+}
+
+TextureId clsDirectx::GetCurrentOutputTexture(float& ratioX, float& ratioY) {
+  ratioX = ratioY = 1;
+  // One texture refilled at each call rather than a new one a frame.
+  const TextureId texture = BackBufferTexture(outputTexture_);
+  TextureDesc desc;
+  if (texture == 0 || !device_->GetDesc(texture, desc)) return 0;
+  device_->CopyBackBufferToTexture(texture, 0, 0, BackBufferWidth(), BackBufferHeight(), 0, 0);
+  ratioX = static_cast<float>(BackBufferWidth()) / static_cast<float>(desc.Width);
+  ratioY = static_cast<float>(BackBufferHeight()) / static_cast<float>(desc.Height);
+  return texture;
+}
+
+bool clsDirectx::RenderToFile(const std::string& path, std::string& error) {
+  if (device_ == nullptr) {
+    error = "No output is running.";
+    return false;
+  }
+  const int w = BackBufferWidth(), h = BackBufferHeight();
+  // Rows of 24 bits a pixel padded to whole 32-bit words, bottom row first.
+  const auto rowSize = static_cast<std::uint32_t>(std::trunc((w * 24.0 + 31.0) / 32.0) * 4);
+  const std::uint32_t imageSize = rowSize * static_cast<std::uint32_t>(h);
+  std::vector<std::uint8_t> file(54 + static_cast<std::size_t>(imageSize), 0);
+  auto put16 = [&](std::size_t at, std::uint16_t v) { std::memcpy(&file[at], &v, 2); };
+  auto put32 = [&](std::size_t at, std::uint32_t v) { std::memcpy(&file[at], &v, 4); };
+  file[0] = 'B';
+  file[1] = 'M';
+  put32(2, static_cast<std::uint32_t>(file.size()));
+  put32(10, 54);
+  put32(14, 40);
+  put32(18, static_cast<std::uint32_t>(w));
+  put32(22, static_cast<std::uint32_t>(h));
+  put16(26, 1);
+  put16(28, 24);
+  put32(34, imageSize);
+  const bool read = device_->ReadBackNow([&](const std::uint8_t* top, std::ptrdiff_t stride) {
+    for (int y = 0; y < h; ++y) {
+      const std::uint8_t* src = top + stride * y;
+      std::uint8_t* dst = &file[54 + static_cast<std::size_t>(rowSize) * static_cast<std::size_t>(h - 1 - y)];
+      for (int x = 0; x < w; ++x, src += 4, dst += 3) {
+        dst[0] = src[2];
+        dst[1] = src[1];
+        dst[2] = src[0];
+      }
+    }
+  });
+  if (!read) {
+    error = "The frame could not be read back.";
+    return false;
+  }
+  QSaveFile out(QString::fromStdString(path));
+  if (!out.open(QIODevice::WriteOnly) ||
+      out.write(reinterpret_cast<const char*>(file.data()), static_cast<qint64>(file.size())) !=
+          static_cast<qint64>(file.size()) ||
+      !out.commit()) {
+    error = "The file \"" + path + "\" could not be written: " + out.errorString().toStdString();
+    return false;
+  }
+  return true;
+}
+
+}  // namespace lumivane

@@ -1,0 +1,286 @@
+#include <gtest/gtest.h>
+
+#include <QImage>
+#include <QTemporaryDir>
+#include <cmath>
+
+#include "core/Color.h"
+#include "core/frmEffects.h"
+#include "render/clsDirectx.h"
+#include "support/EngineFixture.h"
+#include "support/RenderFixture.h"
+
+namespace lumivane {
+namespace {
+
+constexpr int kWidth = 160, kHeight = 90;
+
+int Red(std::uint32_t p) { return static_cast<int>(p >> 16); }
+int Green(std::uint32_t p) { return static_cast<int>((p >> 8) & 0xFF); }
+int Blue(std::uint32_t p) { return static_cast<int>(p & 0xFF); }
+
+// The background, effect and output stage passes of whole frames, on a fake clock, the device
+// headless. Pictures are decoded before each frame, as in offline renders.
+class FrameLayersTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::string error;
+    device = CreateHeadlessDevice(kWidth, kHeight, error);
+    ASSERT_NE(device, nullptr) << error;
+    ASSERT_TRUE(directx.Initialize(device.get(), "", error)) << error;
+    directx.WaitForImages = true;
+    ASSERT_TRUE(folder.isValid());
+    args.Text.BackBufferWidth = kWidth;
+    args.Text.BackBufferHeight = kHeight;
+  }
+  void TearDown() override { directx.Destroy(); }
+
+  // A picture file: `paint` gives each pixel's 0xRRGGBB from its place.
+  template <class Paint>
+  std::string Picture(const char* name, int w, int h, Paint paint) {
+    QImage image(w, h, QImage::Format_RGB32);
+    for (int y = 0; y < h; ++y)
+      for (int x = 0; x < w; ++x) image.setPixel(x, y, 0xFF000000u | paint(x, y));
+    const std::string path = folder.filePath(name).toStdString();
+    EXPECT_TRUE(image.save(QString::fromStdString(path), "PNG"));
+    return path;
+  }
+  std::string Solid(const char* name, std::uint32_t rgb) {
+    return Picture(name, 8, 8, [rgb](int, int) { return rgb; });
+  }
+
+  std::vector<std::uint8_t> Frame() {
+    directx.RenderFrame(args);
+    std::vector<std::uint8_t> rgba;
+    EXPECT_TRUE(device->ReadBackNow(rgba));
+    return rgba;
+  }
+  std::uint32_t Centre() { return test::Pixel(Frame(), kWidth, kWidth / 2, kHeight / 2); }
+
+  test::EngineFixture engine;
+  std::unique_ptr<RenderDevice> device;
+  clsDirectx directx{engine.text};
+  FrameArguments args;
+  QTemporaryDir folder;
+};
+
+TEST_F(FrameLayersTest, FadesScaleTheTintByTheTimeSinceTheChangeAndTheTimeLeft) {
+  directx.InitializeBackground(Solid("white.png", 0xFFFFFF), true, 8, 8);
+  args.Background.FadeIn = args.Background.FadeOut = true;
+  args.Background.TimerInterval = 3000;  // fades of a second each
+  Frame();                               // the change
+  engine.clock.Advance(500);
+  EXPECT_EQ(Centre(), 0x7F7F7Fu) << "half way through the fade in: 255 x 0.5, truncated";
+  engine.clock.Advance(1000);
+  EXPECT_EQ(Centre(), 0x7F7F7Fu) << "between the fades the colour stays as the last one left it";
+  engine.clock.Advance(1250);
+  EXPECT_EQ(Red(Centre()), 63) << "250 ms before the change, a quarter";
+
+  // From 10001 ms on the fade time is held at 3 s, while the fade out still starts a third of the
+  // interval before the change: its first part saturates.
+  args.Background.TimerInterval = 12000;
+  directx.InitializeBackground(folder.filePath("white.png").toStdString(), true, 8, 8);
+  Frame();  // the change
+  engine.clock.Advance(8500);
+  EXPECT_EQ(Red(Centre()), 255) << "3500 ms left of a 3000 ms fade: above 255, held there";
+  engine.clock.Advance(1500);
+  EXPECT_EQ(Red(Centre()), 170) << "2000 ms left: two thirds";
+}
+
+TEST_F(FrameLayersTest, TheTimerTurnsThroughTheVisiblePicturesAndNoneShowsTheClearColour) {
+  const std::string red = Solid("red.png", 0xFF0000), blue = Solid("blue.png", 0x0000FF);
+  directx.InitializeBackground(red, true, 8, 8);
+  directx.InitializeBackground(blue, false, 8, 8);
+  directx.InitializeBackground(red, false, 8, 8);  // known: no second texture, the turn starts here
+  EXPECT_EQ(directx.BackgroundCount(), 2);
+  args.Background.TimerInterval = 100;
+  args.ClearColor = ProgramColor(0, 255, 0);
+  EXPECT_EQ(Centre(), 0xFF0000u);
+  engine.clock.Advance(50);
+  EXPECT_EQ(Centre(), 0xFF0000u);
+  engine.clock.Advance(60);
+  EXPECT_EQ(Centre(), 0x0000FFu);
+  engine.clock.Advance(110);
+  EXPECT_EQ(Centre(), 0xFF0000u) << "round again";
+
+  directx.InitializeBackground({}, true, 0, 0);  // every picture hidden
+  engine.clock.Advance(110);
+  EXPECT_EQ(Centre(), 0x00FF00u);
+  EXPECT_EQ(directx.BackgroundIndex(), 0);
+}
+
+TEST_F(FrameLayersTest, TilesRepeatThePictureAndAPictureThatWillNotLoadShowsTheTint) {
+  // Left half red, right half blue: each tile is one red and one blue run across a row.
+  directx.InitializeBackground(Picture("halves.png", 8, 8, [](int x, int) { return x < 4 ? 0xFF0000u : 0x0000FFu; }),
+                               true, 8, 8);
+  args.Background.TileX = 3;
+  const std::vector<std::uint8_t> rgba = Frame();
+  int runs = 0;
+  bool wasRed = false;
+  for (int x = 0; x < kWidth; ++x) {
+    const bool red = Red(test::Pixel(rgba, kWidth, x, kHeight / 2)) > Blue(test::Pixel(rgba, kWidth, x, kHeight / 2));
+    if (x == 0 || red != wasRed) ++runs;
+    wasRed = red;
+  }
+  EXPECT_EQ(runs, 6);
+
+  directx.InitializeBackground(folder.filePath("missing.png").toStdString(), true, 8, 8);
+  args.Background.FilterColor = ProgramColor(0, 0, 200);
+  EXPECT_EQ(Centre(), 0x0000C8u);
+}
+
+TEST_F(FrameLayersTest, EachBlendPairOfTheEffectOverThePicture) {
+  // No picture for the effect: its rectangle blends in its colour alone.
+  const double s[3] = {0.8, 0.4, 0.2}, d[3] = {0.25, 0.5, 1.0};
+  args.ClearColor = ProgramColor(64, 128, 255);
+  args.Effect.Enabled = true;
+  args.Effect.Color = ProgramColor(204, 102, 51);
+  struct Factor {
+    const char* name;
+    double (*f)(double s, double d);
+  };
+  const Factor factors[] = {{"ZERO", [](double, double) { return 0.0; }},
+                            {"ONE", [](double, double) { return 1.0; }},
+                            {"SRC_COLOR", [](double s, double) { return s; }},
+                            {"INV_SRC_COLOR", [](double s, double) { return 1 - s; }},
+                            {"DEST_COLOR", [](double, double d) { return d; }},
+                            {"INV_DEST_COLOR", [](double, double d) { return 1 - d; }}};
+  for (const Factor& source : factors)
+    for (const Factor& target : factors) {
+      args.Effect.SourceBlend = EffectBlendCode(source.name, true);
+      args.Effect.TargetBlend = EffectBlendCode(target.name, false);
+      const std::uint32_t p = Centre();
+      const int got[3] = {Red(p), Green(p), Blue(p)};
+      for (int c = 0; c < 3; ++c) {
+        const double expected = std::min(1.0, s[c] * source.f(s[c], d[c]) + d[c] * target.f(s[c], d[c])) * 255;
+        EXPECT_NEAR(got[c], expected, 2.5) << source.name << " over " << target.name << ", channel " << c;
+      }
+    }
+  // A name only a show file brings: both factors from the source's alpha, so the effect covers.
+  args.Effect.SourceBlend = EffectBlendCode("BOTH_SRC_ALPHA", true);
+  args.Effect.TargetBlend = EffectBlendCode("ANYTHING", false);
+  EXPECT_EQ(args.Effect.TargetBlend, 9);
+  EXPECT_EQ(Centre(), 0xCC6633u);
+}
+
+TEST_F(FrameLayersTest, TheEffectColourDriftsOnItsTimerAndHoldKeepsTheLayout) {
+  std::vector<std::int32_t> drift;
+  directx.EffectColorChanged = [&drift](std::int32_t c) { drift.push_back(c); };
+  args.Effect.Enabled = true;
+  args.Effect.Color = ProgramColor(128, 128, 128);
+  args.Effect.ColorRandom = 100;
+  args.Effect.Timer = 200;
+  args.Effect.SourceBlend = 2;
+  args.Effect.TargetBlend = 1;
+  Frame();
+  ASSERT_EQ(drift.size(), 1u);
+  args.Effect.Color = drift.back();  // the control takes it
+  engine.clock.Advance(150);
+  Frame();
+  EXPECT_EQ(drift.size(), 1u) << "inside its period the layout stays";
+  engine.clock.Advance(100);
+  args.Effect.HoldTimer = true;
+  Frame();
+  EXPECT_EQ(drift.size(), 1u) << "held";
+  args.Effect.HoldTimer = false;
+  Frame();
+  EXPECT_EQ(drift.size(), 2u);
+}
+
+TEST_F(FrameLayersTest, OutputStageInvertMaskAndFade) {
+  args.ClearColor = 0;
+  args.Invert = true;
+  EXPECT_EQ(Centre(), 0xFFFFFFu) << "black turns white";
+  args.ClearColor = ProgramColor(128, 128, 128);
+  EXPECT_NEAR(Red(Centre()), 191, 2) << "the same blend on both sides: 1 - d + d (1 - d)";
+  args.Invert = false;
+
+  args.ClearColor = ProgramColor(255, 255, 255);
+  args.Fade = 0;
+  EXPECT_EQ(Centre(), 0u) << "fade 0 is black whatever ran";
+  args.Fade = 128;
+  EXPECT_NEAR(Red(Centre()), 128, 1);
+  args.Fade = 255;
+
+  // A mask of another size is scaled over the whole output: its left half black.
+  directx.CreateMaskTexture(Picture("mask.png", 10, 6, [](int x, int) { return x < 5 ? 0u : 0xFFFFFFu; }));
+  args.MaskEnabled = true;
+  const std::vector<std::uint8_t> masked = Frame();
+  EXPECT_EQ(test::Pixel(masked, kWidth, kWidth / 4, kHeight / 2), 0u);
+  EXPECT_EQ(test::Pixel(masked, kWidth, kWidth * 3 / 4, kHeight / 2), 0xFFFFFFu);
+  directx.CreateMaskTexture(folder.filePath("no-mask.png").toStdString());
+  EXPECT_EQ(Centre(), 0xFFFFFFu) << "a mask that will not load multiplies with white";
+}
+
+TEST_F(FrameLayersTest, TheFeedbackCopyRunsAtItsRate) {
+  // Feeding back with the size slider 20 pixels below its middle: the last copy shrinks inside a
+  // border of the clear colour, so just inside the border shows the clear colour of the frame
+  // that was copied last.
+  args.Background.Feedback = true;
+  args.Background.Size = PlacementBlock{480, 500, 1000, false};
+  args.Background.TimerInterval = 50000;  // the first frame lays it out, then it holds
+  auto copied = [&](int frame) {
+    args.ClearColor = ProgramColor(static_cast<std::uint8_t>(10 * frame), 0, 0);
+    const std::vector<std::uint8_t> rgba = Frame();
+    engine.clock.Advance(20);
+    return Red(test::Pixel(rgba, kWidth, 14, kHeight / 2)) / 10;
+  };
+  args.FeedbackRate = 10;  // 100 ms apart, frames every 20 ms: every sixth frame
+  copied(1);
+  std::vector<int> last;
+  for (int frame = 2; frame <= 14; ++frame) last.push_back(copied(frame));
+  EXPECT_EQ(last, (std::vector<int>{1, 1, 1, 1, 1, 1, 7, 7, 7, 7, 7, 7, 13}));
+
+  // A rate of 0 copies once, the first time, and never again.
+  clsDirectx once{engine.text};
+  std::string error;
+  directx.Destroy();
+  ASSERT_TRUE(once.Initialize(device.get(), "", error));
+  args.FeedbackRate = 0;
+  args.ClearColor = ProgramColor(50, 0, 0);
+  once.RenderFrame(args);
+  for (int frame = 0; frame < 3; ++frame) {
+    engine.clock.Advance(500);
+    args.ClearColor = ProgramColor(100, 0, 0);
+    once.RenderFrame(args);
+  }
+  std::vector<std::uint8_t> rgba;
+  ASSERT_TRUE(device->ReadBackNow(rgba));
+  EXPECT_EQ(Red(test::Pixel(rgba, kWidth, 14, kHeight / 2)), 50);
+  once.Destroy();
+}
+
+TEST_F(FrameLayersTest, APictureComingInSlicesLeavesTheLastOneOnShow) {
+  directx.InitializeBackground(Solid("red.png", 0xFF0000), true, 8, 8);
+  EXPECT_EQ(Centre(), 0xFF0000u);
+  directx.WaitForImages = false;
+  directx.UploadPixelsPerFrame = 64 * 16;  // a 64 x 64 picture takes four frames
+  directx.InitializeBackground(Solid("blue.png", 0x0000FF), true, 64, 64);
+  int frames = 0;
+  std::uint32_t shown = 0xFF0000u;
+  while (shown == 0xFF0000u && frames < 500) {
+    shown = Centre();
+    ++frames;
+  }
+  EXPECT_EQ(shown, 0x0000FFu);
+  EXPECT_GE(frames, 4) << "never the untextured tint while the picture comes in";
+}
+
+TEST_F(FrameLayersTest, ThePresetOverlayFadesOverItsFrames) {
+  args.ClearColor = ProgramColor(255, 255, 255);
+  Frame();
+  directx.InitializeMachineStateOverlay(0);
+  args.ClearColor = ProgramColor(0, 0, 100);
+  EXPECT_EQ(Centre(), 0x000064u) << "an overlay of 0 frames draws nothing";
+  args.ClearColor = ProgramColor(255, 255, 255);
+  Frame();
+  directx.InitializeMachineStateOverlay(4);
+  args.ClearColor = 0;
+  // The old white times its share, blended with itself (SRC_COLOR), over black (the destination
+  // times itself stays black): grey g of 255 shows g x g / 255.
+  for (const int grey : {255, 191, 127, 63}) EXPECT_NEAR(Red(Centre()), grey * grey / 255, 1.5) << grey;
+  EXPECT_EQ(Centre(), 0u);
+}
+
+}  // namespace
+}  // namespace lumivane
