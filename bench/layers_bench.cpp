@@ -1,0 +1,143 @@
+// The frame's layers at 1920x1080: a frame with every pass on, and frames while pictures never
+// seen before are sent to the output, which must decode off the frame path: the longest of those
+// frames against their median.
+#include <benchmark/benchmark.h>
+
+#include <QGuiApplication>
+#include <QImage>
+#include <QTemporaryDir>
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "core/Stopwatch.h"
+#include "render/clsDirectx.h"
+#include "../tests/support/EngineFixture.h"
+
+namespace lumivane {
+namespace {
+
+constexpr int kWidth = 1920, kHeight = 1080;
+
+// A 1920x1080 photograph-like JPEG (smooth colour and fine noise, so it does not compress away).
+std::string Photo(const QTemporaryDir& folder, int n) {
+  QImage image(kWidth, kHeight, QImage::Format_RGB32);
+  std::uint32_t seed = 12345u + static_cast<std::uint32_t>(n);
+  for (int y = 0; y < kHeight; ++y) {
+    auto* row = reinterpret_cast<QRgb*>(image.scanLine(y));
+    for (int x = 0; x < kWidth; ++x) {
+      seed = seed * 1664525u + 1013904223u;
+      const int noise = static_cast<int>(seed >> 28);
+      row[x] = qRgb((x / 8 + n * 40 + noise) & 0xFF, (y / 5 + noise) & 0xFF, ((x + y) / 12 + n * 90) & 0xFF);
+    }
+  }
+  const QString path = folder.filePath(QStringLiteral("photo%1.jpg").arg(n));
+  image.save(path, "JPEG", 90);
+  return path.toStdString();
+}
+
+struct Output {
+  test::EngineFixture engine;
+  std::unique_ptr<RenderDevice> device;
+  clsDirectx directx{engine.text};
+  RenderDevice::FrameSink discard = [](const std::uint8_t*, std::ptrdiff_t) {};
+
+  explicit Output(benchmark::State& state) {
+    std::string error;
+    device = CreateHeadlessDevice(kWidth, kHeight, error);
+    if (!device || !directx.Initialize(device.get(), "", error)) state.SkipWithError(error.c_str());
+    directx.Present = [this] {
+      device->QueueReadBack();
+      device->TakeReadBack(discard);
+    };
+  }
+  ~Output() { directx.Destroy(); }
+};
+
+// Every pass of the frame on: a picture with random tint, placement and size, the effect layer
+// capturing the output, feedback at 25 copies a second, invert, mask and fade; and a text.
+void BM_EveryPass(benchmark::State& state) {
+  Output out(state);
+  if (!out.device) return;
+  QTemporaryDir folder;
+  const std::string photo = Photo(folder, 0);
+  out.directx.WaitForImages = true;
+  out.directx.InitializeBackground(photo, true, kWidth, kHeight);
+  out.directx.CreateMaskTexture(photo);
+  FrameArguments args;
+  args.Text.BackBufferWidth = kWidth;
+  args.Text.BackBufferHeight = kHeight;
+  args.Background.TimerInterval = 500;
+  args.Background.FadeIn = args.Background.FadeOut = true;
+  args.Background.FilterRandom = 40;
+  args.Background.Position = PlacementBlock{500, 500, 1000, false};
+  args.Background.Size = PlacementBlock{500, 500, 1000, true};
+  args.Background.Feedback = true;
+  args.Effect.Enabled = args.Effect.Capture = true;
+  args.Effect.Timer = 200;
+  args.Effect.SourceBlend = 3;
+  args.Effect.TargetBlend = 4;
+  args.MaskEnabled = args.Invert = true;
+  args.Fade = 230;
+  out.engine.AddText("LUMIVANE 000000");
+  for (auto _ : state) {
+    out.engine.clock.Advance(16);
+    out.directx.RenderFrame(args);
+  }
+  state.counters["fps"] = benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
+}
+BENCHMARK(BM_EveryPass)->Unit(benchmark::kMillisecond)->MinTime(3.0)->UseRealTime();
+
+// Pictures the output has not seen, one every 15 frames, sent while frames go on as in the live
+// program: their decode runs on the loader's thread and their texture comes in a slice a frame.
+// Reports the frames' median and longest time, and their ratio (the target: at most 2).
+void BM_SwitchToNewPictures(benchmark::State& state) {
+  Output out(state);
+  if (!out.device) return;
+  QTemporaryDir folder;
+  std::vector<std::string> photos;
+  for (int n = 0; n < 8; ++n) photos.push_back(Photo(folder, n));
+  FrameArguments args;
+  args.Text.BackBufferWidth = kWidth;
+  args.Text.BackBufferHeight = kHeight;
+  args.Background.TimerInterval = 100000;
+  out.engine.AddText("000000");
+  std::vector<double> frameMs;
+  int sent = 0;
+  for (auto _ : state) {
+    // A fresh output each round: every picture is new to it.
+    out.directx.ResetBackGrounds();
+    for (int frame = 0; frame < 150; ++frame) {
+      out.engine.clock.Advance(16);
+      // The send is the operator's, on the same thread as the frames: it is timed with them.
+      Stopwatch watch;
+      if (frame % 15 == 0) {
+        out.directx.InitializeBackground(photos[static_cast<std::size_t>(sent % 8)], true, kWidth, kHeight);
+        ++sent;
+      }
+      out.directx.RenderFrame(args);
+      frameMs.push_back(static_cast<double>(watch.ElapsedNs()) / 1e6);
+    }
+    out.directx.FinishImages();
+  }
+  std::sort(frameMs.begin(), frameMs.end());
+  const double median = frameMs[frameMs.size() / 2], longest = frameMs.back();
+  state.counters["median_ms"] = median;
+  state.counters["max_ms"] = longest;
+  state.counters["max_over_median"] = longest / median;
+  state.counters["pictures"] = sent;
+}
+BENCHMARK(BM_SwitchToNewPictures)->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
+
+}  // namespace
+}  // namespace lumivane
+
+int main(int argc, char** argv) {
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  QGuiApplication app(argc, argv);
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}
