@@ -10,6 +10,7 @@
 #include <QFileInfo>
 #include <QFontDatabase>
 #include <QImage>
+#include <QKeySequence>
 #include <QPointer>
 #include <QProcess>
 #include <QSettings>
@@ -50,6 +51,8 @@
 #include "shell/CloneDisplay.h"
 #include "shell/MainWindow.h"
 #include "shell/frm3DShapeWindow.h"
+#include "shell/frmBackgroundsWindow.h"
+#include "shell/frmEffectsWindow.h"
 #include "shell/frmOutputConfigurationWindow.h"
 #include "shell/frmDisplay.h"
 #include "shell/frmMsgBox.h"
@@ -281,6 +284,35 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
   QObject::connect(outputMenu->addAction(QObject::tr("Output &Configuration...")), &QAction::triggered, [&outputWindow] {
     outputWindow.show();
     outputWindow.raise();
+  });
+  // The layers: the background pictures with the look and output stage, and the effect.
+  frmBackgroundsWindow backgroundsWindow(backgroundForm);
+  backgroundsWindow.PictureFolder = QString::fromStdString(applicationFolder + "/Backgrounds");
+  frmEffectsWindow effectsWindow(effectForm);
+  effectsWindow.PictureFolder = QString::fromStdString(applicationFolder + "/Effects");
+  effectsWindow.GrabEffect = [&display]() -> QImage {
+    clsDirectx* directx = display ? display->Directx() : nullptr;
+    RenderDevice* device = display ? display->Device() : nullptr;
+    TextureDesc desc;
+    if (directx == nullptr || device == nullptr || !device->GetDesc(directx->GetEffectTexture(), desc)) return {};
+    QImage picture;
+    device->ReadTexture(directx->GetEffectTexture(), [&](const std::uint8_t* top, std::ptrdiff_t stride) {
+      picture = FrameToImage(top, stride, desc.Width, desc.Height);
+    });
+    return picture;
+  };
+  QMenu* layersMenu = window.menuBar()->addMenu(QObject::tr("&Layers"));
+  QAction* backgroundsAction = layersMenu->addAction(QObject::tr("&Backgrounds..."));
+  backgroundsAction->setShortcut(QKeySequence(QStringLiteral("Ctrl+B")));
+  QObject::connect(backgroundsAction, &QAction::triggered, [&backgroundsWindow] {
+    backgroundsWindow.show();
+    backgroundsWindow.raise();
+  });
+  QAction* effectsAction = layersMenu->addAction(QObject::tr("&Effects..."));
+  effectsAction->setShortcut(QKeySequence(QStringLiteral("Ctrl+E")));
+  QObject::connect(effectsAction, &QAction::triggered, [&effectsWindow] {
+    effectsWindow.show();
+    effectsWindow.raise();
   });
   frm3DShapeWindow shapeWindow(shapeForm);
   shapeWindow.MeshFolder = QString::fromStdString(applicationFolder);

@@ -177,7 +177,11 @@ void frmBackgrounds::LoadBackGroundFolder(const std::string& folder) {
   std::vector<std::string> pictures;
   for (const std::string& file : ListFolder(folder)) {
     const std::string lower = Lower(file);
-    if (EndsWith(lower, ".jpg") || EndsWith(lower, ".jpeg") || EndsWith(lower, ".bmp")) pictures.push_back(file);
+    for (std::string_view kind : {".jpg", ".jpeg", ".bmp", ".png", ".gif", ".webp"})
+      if (EndsWith(lower, kind)) {
+        pictures.push_back(file);
+        break;
+      }
   }
   LoadBackground(pictures);
 }

@@ -61,7 +61,7 @@ class frmBackgrounds {
   // Adds each file not in the list yet, with its size. A file that cannot be read is told and left
   // out; with `quiet` (a show being read) it is kept, without a size, so saving loses nothing.
   void LoadBackground(const std::vector<std::string>& files, bool quiet = false);
-  // Adds the JPEG and BMP pictures of a folder, in name order.
+  // Adds the pictures of a folder (JPEG, BMP, PNG, GIF, WebP), in name order.
   void LoadBackGroundFolder(const std::string& folder);
   // Reads a picture's size into a new item; false when it cannot be read.
   bool LoadPictureToMemory(const std::string& file, BackgroundItem& item, std::string& error) const;

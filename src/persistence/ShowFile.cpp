@@ -8,10 +8,11 @@
 
 #include "core/Clock.h"
 #include "core/EngineContext.h"
-#include "core/Numbers.h"
 #include "core/clsText.h"
+#include "core/frmBackgrounds.h"
 #include "core/frmMain.h"
 #include "lumivane/Version.h"
+#include "persistence/GlobalBlock.h"
 #include "persistence/TextBlock.h"
 #include "persistence/XmlDocument.h"
 
@@ -23,8 +24,6 @@ namespace {
 constexpr std::array<std::string_view, 12> kRootOrder = {
     "Header", "Global", "Text", "Controllers", "Presets", "CUE", "AnimatedControls", "MotionPath",
     "FreeFrame", "AudioInput", "LastBackGroundMesh", "CustomRenderSurface"};
-// The global settings this build reads and writes itself; the others are kept as read.
-constexpr std::array<std::string_view, 2> kOwnGlobals = {"Resolution", "BackGroundColor"};
 
 template <std::size_t N>
 bool In(const std::array<std::string_view, N>& names, std::string_view name) {
@@ -58,40 +57,6 @@ void XmlWriteHeader(pugi::xml_node root, const CivilTime& now) {
   AppendValue(header, "Info", "Made with Lumivane, a live visual performance instrument.");
 }
 
-// The global settings this build owns, with the kept ones of the loaded show in their places.
-void XmlWriteGlobal(pugi::xml_node root, frmMain& form, pugi::xml_node keptGlobal) {
-  pugi::xml_node global = root.append_child("Global");
-  AppendValue(global, "Resolution", ControlModel::Text(form.Playback().cboResolution));
-  // Kept settings go back in their place: before the background colour what stood before it.
-  bool colourWritten = false;
-  for (pugi::xml_node n = keptGlobal.first_child(); n; n = n.next_sibling()) {
-    const std::string_view name = XmlDocument::FileName(n.name());
-    if (name == "BackGroundColor") {
-      AppendValue(global, "BackGroundColor", std::to_string(ControlModel::BackColor(form.BackgroundColor)));
-      colourWritten = true;
-      continue;
-    }
-    if (In(kOwnGlobals, name)) continue;
-    global.append_copy(n);
-  }
-  if (!colourWritten)
-    AppendValue(global, "BackGroundColor", std::to_string(ControlModel::BackColor(form.BackgroundColor)));
-}
-
-// Reads the global settings this build owns into their controls.
-void XmlReadGlobal(pugi::xml_node root, frmMain& form) {
-  ControlModel& model = form.Model();
-  const pugi::xml_node global = Child(root, "Global");
-  if (const pugi::xml_node resolution = Child(global, "Resolution")) {
-    const std::string size = resolution.text().get();
-    if (size.find('x') != std::string::npos) model.SetText(form.Playback().cboResolution, size, Origin::File);
-  }
-  if (const pugi::xml_node colour = Child(global, "BackGroundColor")) {
-    if (const auto v = ParseNumber(colour.text().get()))
-      if (const auto c = ToInt32(*v)) model.SetBackColor(form.BackgroundColor, *c, Origin::File);
-  }
-}
-
 }  // namespace
 
 ShowFile::ShowFile(frmMain& form) : form_(form) {}
@@ -110,7 +75,11 @@ bool ShowFile::EngineFileLoad(const std::string& path, std::string& error) {
     Relocate(t.Mesh3DFileName, path, "3DS_XFiles");
   }
 
-  XmlReadGlobal(root, form_);
+  GlobalSettings global = XmlReadGlobal(root, form_);
+  if (global.Backgrounds)
+    for (std::string& file : *global.Backgrounds) Relocate(file, path, "Backgrounds");
+  Relocate(global.MaskFileName, path, "Masks");
+  Relocate(global.EffectFileName, path, "Effects");
 
   clsText& text = form_.Text();
   {
@@ -129,6 +98,7 @@ bool ShowFile::EngineFileLoad(const std::string& path, std::string& error) {
     form_.SelectText(1);
   else
     form_.TextSelected = TextObject{};
+  ApplyGlobal(form_, global);
   kept_ = std::move(doc);
   form_.Modified = false;
   return true;
@@ -145,8 +115,12 @@ bool ShowFile::EngineFileSave(const std::string& path, std::string& error) {
   XmlWriteText(root, form_.Text().Current());
 
   // The blocks of other parts, in the format's order, then any this build does not know at all.
-  for (std::size_t i = 3; i < kRootOrder.size(); ++i)
-    if (const pugi::xml_node n = keptRoot.child(std::string(kRootOrder[i]).c_str())) root.append_copy(n);
+  for (std::size_t i = 3; i < kRootOrder.size(); ++i) {
+    if (kRootOrder[i] == "LastBackGroundMesh" && form_.Backgrounds != nullptr)
+      XmlWriteLastBackGroundMesh(root, form_.Backgrounds->CurrentMesh());
+    else if (const pugi::xml_node n = keptRoot.child(std::string(kRootOrder[i]).c_str()))
+      root.append_copy(n);
+  }
   for (pugi::xml_node n = keptRoot.first_child(); n; n = n.next_sibling()) {
     const std::string_view name = XmlDocument::FileName(n.name());
     if (!In(kRootOrder, name)) root.append_copy(n);

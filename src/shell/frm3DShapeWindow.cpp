@@ -6,40 +6,15 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QPlainTextEdit>
-#include <QPointer>
 #include <QPushButton>
 #include <QSlider>
 #include <QVBoxLayout>
 
 #include "core/frm3DShape.h"
+#include "shell/FormRows.h"
 #include "shell/WidgetBinding.h"
 
 namespace lumivane {
-
-namespace {
-
-// A label that shows a slider control's value, whoever moves it.
-class SliderValue final : public QObject {
- public:
-  SliderValue(ControlModel& model, ControlHandle control, QLabel* label)
-      : QObject(label), model_(model), control_(control), label_(label) {
-    listener_ = model_.Observe(control_, [this](const ControlEvent&) { Show(); });
-    Show();
-  }
-  ~SliderValue() override { model_.Disconnect(control_, listener_); }
-
- private:
-  void Show() {
-    if (label_) label_->setNum(ControlModel::Value(control_));
-  }
-
-  ControlModel& model_;
-  ControlHandle control_;
-  QPointer<QLabel> label_;
-  ListenerId listener_ = 0;
-};
-
-}  // namespace
 
 frm3DShapeWindow::frm3DShapeWindow(frm3DShape& form, QWidget* parent) : QWidget(parent), form_(form) {
   setObjectName(QString::fromUtf8(frm3DShape::kFormName.data(), static_cast<qsizetype>(frm3DShape::kFormName.size())));
@@ -62,18 +37,7 @@ frm3DShapeWindow::frm3DShapeWindow(frm3DShape& form, QWidget* parent) : QWidget(
     return grid;
   };
   auto slider = [&](QGridLayout* grid, const QString& caption, ControlHandle control) {
-    const int row = grid->rowCount();
-    QWidget* box = grid->parentWidget();
-    auto* s = new QSlider(Qt::Horizontal, box);
-    WidgetBinding::Bind(model, control, s);
-    auto* value = new QLabel(box);
-    value->setObjectName(s->objectName() + QStringLiteral("Value"));
-    value->setMinimumWidth(value->fontMetrics().horizontalAdvance(QStringLiteral("-0000")));
-    value->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    new SliderValue(model, control, value);
-    grid->addWidget(new QLabel(caption, box), row, 0);
-    grid->addWidget(s, row, 1);
-    grid->addWidget(value, row, 2);
+    AddSliderRow(grid, model, control, caption);
   };
 
   QGridLayout* circle = shape(c.chkCircle, c.fraCircle);
