@@ -65,10 +65,11 @@ def rings(u, v):
 
 
 def light(u, v):
-    # A soft light leak for the effect layer: bright in one corner, dark elsewhere.
+    # A soft light leak for the effect layer: bright in one corner, black elsewhere, which the
+    # demo's blend (SRC_COLOR over INV_SRC_COLOR) leaves untouched, so the layer shows no edge.
     d = math.hypot(u - 0.15, v - 0.2)
-    g = math.exp(-d * 3.2)
-    return (clamp(255 * g + 30), clamp(200 * g + 25), clamp(140 * g + 40))
+    g = max(0.0, math.exp(-d * 3.2) - 0.08)
+    return (clamp(270 * g), clamp(215 * g), clamp(150 * g))
 
 
 def vignette(u, v):

@@ -225,6 +225,7 @@ bool HeadlessSession::LoadShow(const std::string& path, std::string& error) {
 frmMain& HeadlessSession::Main() { return state_->main; }
 clsText& HeadlessSession::Text() { return state_->text; }
 ControlModel& HeadlessSession::Model() { return state_->model; }
+clsDirectx& HeadlessSession::Directx() { return state_->directx; }
 
 std::vector<std::int64_t> HeadlessSession::Play(std::int64_t frames, std::ostream* textLog, bool timeFrames) {
   State& s = *state_;

@@ -8,6 +8,8 @@
 
 namespace lumivane {
 
+class clsDirectx;
+
 struct AppOptions;
 class ControlModel;
 class clsText;
@@ -33,6 +35,7 @@ class HeadlessSession {
   frmMain& Main();
   clsText& Text();
   ControlModel& Model();
+  clsDirectx& Directx();
 
   // Plays frames 0 to frames-1. With `textLog`, writes one line per drawn text per frame:
   // frame, ms, text index, copy, string, tab-separated, CR LF written as the two characters \n.

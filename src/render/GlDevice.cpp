@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <thread>
 
 #include "core/Numbers.h"
 #include "render/TextureImage.h"
@@ -63,14 +62,10 @@ bool GlDevice::MakeContext(EGLDisplay display, std::string& error) {
 }
 
 bool GlDevice::InitializeHeadless(std::string& error) {
-  // Mesa's software renderer: one core reads frames back (GlFrameReader) and the drawing runs on
-  // the calling thread; further cores go to the renderer's own threads. On two cores this is about
-  // twice as fast as the renderer's default of a thread per core, whose hand-offs cost more than a
-  // text frame's drawing. A value the user set stands.
-  if (std::getenv("LP_NUM_THREADS") == nullptr) {
-    const unsigned cores = std::thread::hardware_concurrency();
-    setenv("LP_NUM_THREADS", std::to_string(cores > 2 ? cores - 2 : 0).c_str(), 0);
-  }
+  // Mesa's software renderer keeps its default of a rasteriser thread per core. Holding it to
+  // the calling thread (which once measured faster for text frames) made full-screen layers fill
+  // bound: measured again on two cores, every benchmark show runs faster with the threads (see
+  // docs/performance.md). A value the user set stands.
   std::string why = "no EGL platform without a display was found";
   bool made = false;
   if (epoxy_has_egl_extension(EGL_NO_DISPLAY, "EGL_MESA_platform_surfaceless"))

@@ -5,6 +5,11 @@
 #include <mutex>
 #include <thread>
 
+#include <pthread.h>
+#include <sched.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
 namespace lumivane {
 
 struct ImageLoader::Shared {
@@ -17,24 +22,35 @@ struct ImageLoader::Shared {
     std::uint32_t colorKey;
   };
   mutable std::mutex mutex;
-  std::condition_variable finished;
+  std::condition_variable finished;  // a decode is done
+  std::condition_variable wake;      // work was asked for, or the loader is gone
   std::deque<Job> queue;
   std::deque<Result> done;
-  bool working = false;    // a worker thread runs
+  bool working = false;    // a decode is under way
   bool abandoned = false;  // the loader is gone: stop after the decode under way
 
-  // The worker: decodes until the queue is empty, then ends. A new request starts a new one.
+  // The worker, started with the loader and waiting for work: starting a thread at a send would
+  // cost the frame that sends. It runs only on processor time nobody else wants (the frame's
+  // threads need every core while they draw): a decode may take a while longer, a frame may not.
+  // Where that is refused it runs at the lowest ordinary priority. It ends once the loader is gone.
   static void Work(std::shared_ptr<Shared> self) {
+    sched_param idle{};
+    if (pthread_setschedparam(pthread_self(), SCHED_IDLE, &idle) != 0)
+      setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), 19);
     std::unique_lock lock(self->mutex);
-    while (!self->queue.empty() && !self->abandoned) {
+    for (;;) {
+      self->wake.wait(lock, [&] { return !self->queue.empty() || self->abandoned; });
+      if (self->abandoned) break;
       Job job = std::move(self->queue.front());
       self->queue.pop_front();
+      self->working = true;
       lock.unlock();
       Result result;
       result.Ticket = job.ticket;
       result.Ok = DecodeTextureImage(job.file, job.width, job.height, job.format, job.filter, job.colorKey,
                                      result.Image, result.Error);
       lock.lock();
+      self->working = false;
       self->done.push_back(std::move(result));
       self->finished.notify_all();
     }
@@ -43,35 +59,36 @@ struct ImageLoader::Shared {
   }
 };
 
-ImageLoader::ImageLoader() : shared_(std::make_shared<Shared>()) {}
+ImageLoader::ImageLoader() : shared_(std::make_shared<Shared>()) {
+  try {
+    std::thread(&Shared::Work, shared_).detach();
+    threaded_ = true;
+  } catch (const std::system_error&) {
+    // No thread to be had: requests are decoded where they are made.
+  }
+}
 
 ImageLoader::~ImageLoader() {
   std::lock_guard lock(shared_->mutex);
   shared_->abandoned = true;
   shared_->queue.clear();
+  shared_->wake.notify_all();
 }
 
 std::uint64_t ImageLoader::Request(const std::string& file, int width, int height, TextureFormat format,
                                    ImageFilter filter, std::uint32_t colorKey) {
   const std::uint64_t ticket = nextTicket_++;
+  if (!threaded_) {
+    Result result;
+    result.Ticket = ticket;
+    result.Ok = DecodeTextureImage(file, width, height, format, filter, colorKey, result.Image, result.Error);
+    std::lock_guard lock(shared_->mutex);
+    shared_->done.push_back(std::move(result));
+    return ticket;
+  }
   std::lock_guard lock(shared_->mutex);
   shared_->queue.push_back(Shared::Job{ticket, file, width, height, format, filter, colorKey});
-  if (!shared_->working) {
-    shared_->working = true;
-    try {
-      std::thread(&Shared::Work, shared_).detach();
-    } catch (const std::system_error&) {
-      // No thread to be had: decode here rather than never.
-      shared_->working = false;
-      Shared::Job job = std::move(shared_->queue.back());
-      shared_->queue.pop_back();
-      Result result;
-      result.Ticket = ticket;
-      result.Ok = DecodeTextureImage(job.file, job.width, job.height, job.format, job.filter, job.colorKey,
-                                     result.Image, result.Error);
-      shared_->done.push_back(std::move(result));
-    }
-  }
+  shared_->wake.notify_one();
   return ticket;
 }
 

@@ -11,7 +11,7 @@ namespace lumivane {
 // Decodes pictures for textures on a thread of its own, one after another in the order asked, so
 // neither the frame nor the operator's window ever waits for a file. The frame takes what is
 // finished when it likes. Dropping the loader never waits: a decode under way is let run out and
-// its result thrown away.
+// its result thrown away, and the thread ends.
 class ImageLoader {
  public:
   struct Result {
@@ -41,6 +41,7 @@ class ImageLoader {
   struct Shared;
   std::shared_ptr<Shared> shared_;
   std::uint64_t nextTicket_ = 1;
+  bool threaded_ = false;
 };
 
 }  // namespace lumivane

@@ -63,15 +63,18 @@ void clsDirectx::CreateMaskTexture(const std::string& file) {
   if (WaitForImages) FinishImages();
 }
 
-// The picture times the mask picture; without one, times white.
-void clsDirectx::RenderMask() {
+// The picture times the mask picture (without one, times white), and times fade / 255.
+void clsDirectx::RenderMask(std::int32_t fade) {
   if (device_ == nullptr) return;
   device_->SetRenderState(RenderState::CULLMODE, 1);
-  DrawOutputRectangle(kWhite, maskTexture_, 1, 3);
+  DrawOutputRectangle(Grey(fade), maskTexture_, 1, 3);
 }
 
-// The picture times fade / 255.
-void clsDirectx::RenderOutputFade(std::int32_t fade) { DrawOutputRectangle(Grey(fade), 0, 1, 3); }
+// The picture times fade / 255; at 255 that is the picture itself, so nothing is drawn.
+void clsDirectx::RenderOutputFade(std::int32_t fade) {
+  if (fade >= 255) return;
+  DrawOutputRectangle(Grey(fade), 0, 1, 3);
+}
 
 // White times (1 - d) plus d times (1 - d): black turns white, white black, and mid grey lighter
 // than a plain inversion would make it.

@@ -266,9 +266,10 @@ void clsDirectx::RenderFrame(const FrameArguments& args) {
       RenderBackground(FeedbackTexture());
     } else if (backgroundIndex_ > 0) {
       const BackgroundTexture& b = backgrounds_[static_cast<std::size_t>(backgroundIndex_ - 1)];
-      const TextureId shown = b.Texture == 0 && b.Loading != 0 ? lastDrawnBackground_ : b.Texture;
       if (b.Texture != 0) lastDrawnBackground_ = b.Texture;
-      RenderBackground(shown);
+      // A picture still coming in: the last one stays, or the clear colour when there was none.
+      if (b.Texture != 0 || b.Loading == 0) RenderBackground(b.Texture);
+      else if (lastDrawnBackground_ != 0) RenderBackground(lastDrawnBackground_);
     }
     // 5.
     RenderMachineStateOverlay();
@@ -302,13 +303,11 @@ void clsDirectx::RenderFrame(const FrameArguments& args) {
       RenderInvert();
       d->EndScene();
     }
-    if (args.MaskEnabled) {
-      d->BeginScene();
-      RenderMask();
-      d->EndScene();
-    }
+    // Mask and fade both multiply the picture: with the mask on, one draw does both (the mask
+    // picture tinted by the fade's grey), as a full-screen pass is what a frame costs most.
     d->BeginScene();
-    RenderOutputFade(args.Fade);
+    if (args.MaskEnabled) RenderMask(args.Fade);
+    else RenderOutputFade(args.Fade);
     d->EndScene();
     // 18. and 19. The second FreeFrame place and projection mapping: not built yet.
   }

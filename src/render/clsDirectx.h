@@ -150,7 +150,7 @@ class clsDirectx {
   void FinishImages();
   // Pixels of a picture taken onto the device per frame while one is coming in, so that a large
   // picture never makes one frame long.
-  std::size_t UploadPixelsPerFrame = 1u << 20;
+  std::size_t UploadPixelsPerFrame = 1u << 18;
 
   // ---- The effect layer --------------------------------------------------------------------
   // With a file name, the effect shows that picture (decoded off the frame path; the last one
@@ -167,7 +167,8 @@ class clsDirectx {
   // removes it (the mask pass then multiplies with white).
   void CreateMaskTexture(const std::string& file);
   TextureId MaskTexture() const noexcept { return maskTexture_; }
-  void RenderMask();
+  // The mask pass, with the output fade folded in (255: the mask alone).
+  void RenderMask(std::int32_t fade = 255);
   void RenderOutputFade(std::int32_t fade);
   void RenderInvert();
   void RenderGrayScale();

@@ -6,6 +6,10 @@
 #include "app/HeadlessRunner.h"
 #include "app/Options.h"
 #include "core/clsText.h"
+#include "core/frmBackgrounds.h"
+#include "core/frmEffects.h"
+#include "core/frmMain.h"
+#include "render/clsDirectx.h"
 
 namespace lumivane {
 namespace {
@@ -77,6 +81,31 @@ TEST(DemoShows, TheThreeDDemoFindsItsModelBesideTheShow) {
   session.Play(1, nullptr, false);
   EXPECT_TRUE(session.FinishOutput(error)) << error;
   EXPECT_EQ(session.Text().LiveRecord(4)->Mesh3DInfo, "gem.obj\r\nF: 8\r\nV: 24");
+}
+
+TEST(DemoShows, TheBackgroundDemoFindsItsPicturesBesideTheShowAndPlaysThem) {
+  const std::string path = std::string(LUMIVANE_SOURCE_RESOURCES) + "/Demo Backgrounds.xml";
+  const auto parsed = ParseOptions({"--headless", path, "--frames", "2", "--out", "-"});
+  std::ostringstream err;
+  HeadlessSession session(parsed.options, err);
+  std::string error;
+  ASSERT_TRUE(session.LoadShow(path, error)) << error;
+  const frmBackgrounds& backgrounds = *session.Main().Backgrounds;
+  ASSERT_EQ(backgrounds.Items().size(), 3u);
+  EXPECT_EQ(backgrounds.Items()[1].Width, 640);
+  EXPECT_EQ(backgrounds.Items()[1].Height, 360);
+  EXPECT_TRUE(backgrounds.isBackGroundPlaying());
+  ASSERT_TRUE(session.OpenOutput("-", 320, 180, 30, error)) << error;
+  session.Play(2, nullptr, false);
+  EXPECT_TRUE(session.FinishOutput(error)) << error;
+  // Every picture is on the device, the first one shows, and the effect's and mask's pictures are in.
+  const clsDirectx& directx = session.Directx();
+  ASSERT_EQ(directx.BackgroundCount(), 3);
+  for (std::int32_t i = 1; i <= 3; ++i) EXPECT_NE(directx.GetBackGroundTexture(i), 0u) << i;
+  EXPECT_EQ(directx.BackgroundIndex(), 1);
+  EXPECT_NE(directx.GetEffectTexture(), 0u);
+  EXPECT_NE(directx.MaskTexture(), 0u);
+  EXPECT_EQ(err.str(), "");
 }
 
 }  // namespace

@@ -208,6 +208,9 @@ TEST_F(FrameLayersTest, OutputStageInvertMaskAndFade) {
   const std::vector<std::uint8_t> masked = Frame();
   EXPECT_EQ(test::Pixel(masked, kWidth, kWidth / 4, kHeight / 2), 0u);
   EXPECT_EQ(test::Pixel(masked, kWidth, kWidth * 3 / 4, kHeight / 2), 0xFFFFFFu);
+  args.Fade = 128;  // folded into the mask's draw: the same product
+  EXPECT_NEAR(Red(test::Pixel(Frame(), kWidth, kWidth * 3 / 4, kHeight / 2)), 128, 1);
+  args.Fade = 255;
   directx.CreateMaskTexture(folder.filePath("no-mask.png").toStdString());
   EXPECT_EQ(Centre(), 0xFFFFFFu) << "a mask that will not load multiplies with white";
 }
