@@ -19,19 +19,17 @@ cp "$resources/Demo Backgrounds.xml" "$work/demo.xml"
 sed -e 's|<BackGroundCapture>0<|<BackGroundCapture>1<|; s|<EnableMask>0<|<EnableMask>1<|' \
     -e 's|<InvertOutput>0<|<InvertOutput>1<|; s|<CaptureEffect>0<|<CaptureEffect>1<|' \
     -e 's|<BackGroundTimer>[0-9]*<|<BackGroundTimer>400<|' "$work/demo.xml" >"$work/every.xml"
-median() { sort -n | awk '{a[NR]=$1} END {print (NR % 2) ? a[(NR + 1) / 2] : (a[NR / 2] + a[NR / 2 + 1]) / 2}'; }
-seconds() { local start end; start=$(date +%s.%N); "$@" >/dev/null 2>&1; end=$(date +%s.%N); awk -v s="$start" -v e="$end" 'BEGIN {print e - s}'; }
+. "$here/timing.sh"
 for show in demo every; do
   run() { "$lumivane" --headless "$work/$show.xml" --frames "$1" --size "$size" --out - --stats; }
   marginal=(); median_ms=(); max_ms=()
   for r in $(seq 1 "$repeat"); do
     a=$(seconds run "$frames"); b=$(seconds run $((2 * frames)))
-    marginal+=("$(awk -v a="$a" -v b="$b" -v n="$frames" 'BEGIN {printf "%.1f", n / (b - a)}')")
+    marginal+=("$(marginal_fps "$frames" "$a" "$b")")
     stats=$(run "$frames" 2>/dev/null)
     median_ms+=("$(awk '/^frame_ms_median /{print $2}' <<<"$stats")")
     max_ms+=("$(awk '/^frame_ms_max /{print $2}' <<<"$stats")")
   done
-  m() { printf '%s\n' "$@" | median; }
   case $show in
     demo) echo "Demo Backgrounds.xml, $frames frames at $size, $repeat runs" ;;
     every) echo "The same with feedback, effect capture, mask and invert on, pictures every 400 ms" ;;

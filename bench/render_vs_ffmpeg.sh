@@ -29,8 +29,7 @@ for i in $(seq 0 31); do
 done
 filters+="format=rgba"
 
-median() { sort -n | awk '{a[NR]=$1} END {print (NR % 2) ? a[(NR + 1) / 2] : (a[NR / 2] + a[NR / 2 + 1]) / 2}'; }
-seconds() { local start end; start=$(date +%s.%N); "$@" >/dev/null 2>&1; end=$(date +%s.%N); awk -v s="$start" -v e="$end" 'BEGIN {print e - s}'; }
+. "$here/timing.sh"
 ours_run() { "$lumivane" --headless "$work/counters.xml" --frames "$1" --size "$size" --out - --stats; }
 ffmpeg_run() {
   ffmpeg -hide_banner -loglevel error -f lavfi -i "color=c=0x202020:s=${size}:r=60" -frames:v "$1" -vf "$filters" -f null -
@@ -47,7 +46,6 @@ for r in $(seq 1 "$repeat"); do
   theirs+=("$(awk -v t="$a" -v n="$frames" 'BEGIN {printf "%.1f", n / t}')")
   theirs_marginal+=("$(awk -v a="$a" -v b="$b" -v n="$frames" 'BEGIN {printf "%.1f", n / (b - a)}')")
 done
-m() { printf '%s\n' "$@" | median; }
 echo "frames $frames at $size, $repeat runs each, medians"
 echo "lumivane whole process fps: ${ours[*]} (median $(m "${ours[@]}"))"
 echo "ffmpeg whole process fps: ${theirs[*]} (median $(m "${theirs[@]}"))"

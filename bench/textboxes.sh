@@ -22,18 +22,16 @@ case $kind in
             title="32 extruded texts x 12 characters, turning" ;;
   *) echo "unknown kind $kind" >&2; exit 2 ;;
 esac
-median() { sort -n | awk '{a[NR]=$1} END {print (NR % 2) ? a[(NR + 1) / 2] : (a[NR / 2] + a[NR / 2 + 1]) / 2}'; }
-seconds() { local start end; start=$(date +%s.%N); "$@" >/dev/null 2>&1; end=$(date +%s.%N); awk -v s="$start" -v e="$end" 'BEGIN {print e - s}'; }
+. "$here/timing.sh"
 run() { "$lumivane" --headless "$work/show.xml" --frames "$1" --size "$size" --out - --stats; }
 marginal=(); median_ms=(); p99=()
 for r in $(seq 1 "$repeat"); do
   a=$(seconds run "$frames"); b=$(seconds run $((2 * frames)))
-  marginal+=("$(awk -v a="$a" -v b="$b" -v n="$frames" 'BEGIN {printf "%.1f", n / (b - a)}')")
+  marginal+=("$(marginal_fps "$frames" "$a" "$b")")
   stats=$(run "$frames" 2>/dev/null)
   median_ms+=("$(awk '/^frame_ms_median /{print $2}' <<<"$stats")")
   p99+=("$(awk '/^frame_ms_p99 /{print $2}' <<<"$stats")")
 done
-m() { printf '%s\n' "$@" | median; }
 echo "$title, $frames frames at $size, $repeat runs"
 echo "marginal fps: ${marginal[*]} (median $(m "${marginal[@]}"))"
 echo "frame ms median: ${median_ms[*]} (median $(m "${median_ms[@]}")); p99: ${p99[*]}"

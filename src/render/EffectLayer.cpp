@@ -88,6 +88,9 @@ void clsDirectx::RenderEffect(const EffectArguments& e, Tick now) {
     if (EffectColorChanged) EffectColorChanged(effectColor_);
   }
   if (e.SourceBlend == 0 && e.TargetBlend == 0) return;
+  // A picture still coming in with none before it: nothing yet, rather than a plain rectangle
+  // that would flash over the whole output until it is in.
+  if (effectTexture_ == 0 && effectLoading_ != 0) return;
   d->SetRenderState(RenderState::CULLMODE, 1);
   d->SetVertexShader(VertexFormat::TL);
   d->SetTexture(effectTexture_);

@@ -5,12 +5,17 @@
 #include <mutex>
 #include <thread>
 
-#include <pthread.h>
-#include <sched.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
 namespace lumivane {
+
+namespace {
+
+// A tenth of an ordinary thread's share of a busy processor.
+constexpr int kNice = 10;
+
+}  // namespace
 
 struct ImageLoader::Shared {
   struct Job {
@@ -30,13 +35,11 @@ struct ImageLoader::Shared {
   bool abandoned = false;  // the loader is gone: stop after the decode under way
 
   // The worker, started with the loader and waiting for work: starting a thread at a send would
-  // cost the frame that sends. It runs only on processor time nobody else wants (the frame's
-  // threads need every core while they draw): a decode may take a while longer, a frame may not.
-  // Where that is refused it runs at the lowest ordinary priority. It ends once the loader is gone.
+  // cost the frame that sends. It runs at a low priority, so the frame's threads come first while
+  // they draw, yet it still gets a share when a show keeps every core busy (at the idle class it
+  // would never decode there). It ends once the loader is gone.
   static void Work(std::shared_ptr<Shared> self) {
-    sched_param idle{};
-    if (pthread_setschedparam(pthread_self(), SCHED_IDLE, &idle) != 0)
-      setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), 19);
+    setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), kNice);
     std::unique_lock lock(self->mutex);
     for (;;) {
       self->wake.wait(lock, [&] { return !self->queue.empty() || self->abandoned; });

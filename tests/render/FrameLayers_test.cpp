@@ -267,6 +267,17 @@ TEST_F(FrameLayersTest, APictureComingInSlicesLeavesTheLastOneOnShow) {
   }
   EXPECT_EQ(shown, 0x0000FFu);
   EXPECT_GE(frames, 4) << "never the untextured tint while the picture comes in";
+
+  // An effect picture coming in shows nothing until it is whole: not a plain white rectangle
+  // covering the output.
+  args.Effect.Enabled = true;
+  args.Effect.SourceBlend = 2;  // ONE over ZERO: the effect alone
+  args.Effect.TargetBlend = 1;
+  directx.SetEffectTexture(Solid("green.png", 0x00FF00));
+  shown = Centre();
+  EXPECT_EQ(shown, 0x0000FFu);
+  for (frames = 0; shown == 0x0000FFu && frames < 500; ++frames) shown = Centre();
+  EXPECT_EQ(shown, 0x00FF00u);
 }
 
 TEST_F(FrameLayersTest, ThePresetOverlayFadesOverItsFrames) {

@@ -8,11 +8,5 @@ here=$(cd "$(dirname "$0")" && pwd)
 smoke_name="backgrounds smoke"
 . "$here/smoke_lib.sh"
 
-mkdir -p "$work/app"
-cp "$resources/Demo Backgrounds.xml" "$work/app/Reset.xml"
-"$program" --app-folder "$work/app" ";;1;1280x720" >"$work/app.log" 2>&1 &
-app_pid=$!
-screenshot_when_playing
-python3 "$here/check_backgrounds.py" "$work/output.xwd" || fail "the output does not show the picture and the title"
-quit_cleanly
+play_and_check "Demo Backgrounds.xml" 1280x720 check_backgrounds.py "the output does not show the picture and the title"
 echo "backgrounds smoke: the picture and the title are on the output"

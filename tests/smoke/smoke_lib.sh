@@ -52,3 +52,15 @@ quit_cleanly() {
   app_pid=""
   [ "$status" -eq 0 ] || fail "the program quit with exit code $status"
 }
+# play_and_check SHOW SIZE CHECKER COMPLAINT: plays the show (a file of resources/) as the factory
+# show at SIZE from the command line, checks a screenshot of the output with the Python CHECKER
+# beside this file (failing with COMPLAINT) and quits cleanly.
+play_and_check() {
+  mkdir -p "$work/app"
+  cp "$resources/$1" "$work/app/Reset.xml"
+  "$program" --app-folder "$work/app" ";;1;$2" >"$work/app.log" 2>&1 &
+  app_pid=$!
+  screenshot_when_playing
+  python3 "$here/$3" "$work/output.xwd" || fail "$4"
+  quit_cleanly
+}

@@ -8,11 +8,5 @@ here=$(cd "$(dirname "$0")" && pwd)
 smoke_name="text box smoke"
 . "$here/smoke_lib.sh"
 
-mkdir -p "$work/app"
-cp "$resources/Demo Text Boxes.xml" "$work/app/Reset.xml"
-"$program" --app-folder "$work/app" ";;1;1280x720" >"$work/app.log" 2>&1 &
-app_pid=$!
-screenshot_when_playing
-python3 "$here/check_textboxes.py" "$work/output.xwd" || fail "the output does not show the text boxes"
-quit_cleanly
+play_and_check "Demo Text Boxes.xml" 1280x720 check_textboxes.py "the output does not show the text boxes"
 echo "text box smoke: the four shapes are on the output"
