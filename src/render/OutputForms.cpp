@@ -50,6 +50,8 @@ void AttachOutput(clsDirectx& directx, frmBackgrounds& backgrounds, frmEffects& 
   const ControlHandle colour = effects.C().picEffectColor;
   directx.EffectColorChanged = [&model, colour](std::int32_t c) { model.SetBackColor(colour, c); };
   directx.SetLastBackGroundMesh(backgrounds.StoredMesh);
+  // The layout survives the output: a show saved after the stop keeps it.
+  directx.Ending = [&directx, &backgrounds] { backgrounds.StoredMesh = directx.LastBackGroundMesh(); };
   backgrounds.SendToOutput();
   effects.Initialize();
 }

@@ -127,6 +127,7 @@ bool clsDirectx::Initialize(RenderDevice* device, const std::string& application
 
 void clsDirectx::Destroy() {
   if (device_ == nullptr) return;
+  if (Ending) Ending();
   textBoxes_.clear();  // their textures and meshes go back to the device while it is still there
   models_.clear();
   textDrawer_.reset();

@@ -159,6 +159,8 @@ class clsDirectx {
   void ResetEffectTexture();
   TextureId GetEffectTexture() const noexcept { return effectTexture_; }
   const std::string& EffectFileName() const noexcept { return effectFileName_; }
+  // Told as the output ends, while its state can still be read (the last background layout).
+  std::function<void()> Ending;
   // The effect colour after each random drift; the control takes it, so the drift goes on from there.
   std::function<void(std::int32_t programColor)> EffectColorChanged;
 

@@ -108,5 +108,22 @@ TEST(DemoShows, TheBackgroundDemoFindsItsPicturesBesideTheShowAndPlaysThem) {
   EXPECT_EQ(err.str(), "");
 }
 
+TEST(DemoShows, TheFactoryShowPutsEveryLayerBack) {
+  const std::string demo = std::string(LUMIVANE_SOURCE_RESOURCES) + "/Demo Backgrounds.xml";
+  const auto parsed = ParseOptions({"--headless", demo, "--frames", "1"});
+  std::ostringstream err;
+  HeadlessSession session(parsed.options, err);
+  std::string error;
+  ASSERT_TRUE(session.LoadShow(demo, error)) << error;
+  ASSERT_TRUE(session.LoadShow(std::string(LUMIVANE_SOURCE_RESOURCES) + "/Reset.xml", error)) << error;
+  const frmBackgrounds& backgrounds = *session.Main().Backgrounds;
+  EXPECT_TRUE(backgrounds.Items().empty());
+  EXPECT_FALSE(backgrounds.isBackGroundPlaying());
+  EXPECT_EQ(backgrounds.MaskFileName(), "");
+  EXPECT_EQ(ControlModel::Value(backgrounds.C().SliderFadeOut), 255);
+  EXPECT_FALSE(ControlModel::Checked(session.Main().Effects->C().chkEnableEffect));
+  EXPECT_EQ(session.Main().Effects->EffectFileName(), "");
+}
+
 }  // namespace
 }  // namespace lumivane
