@@ -280,6 +280,31 @@ TEST_F(FrameLayersTest, APictureComingInSlicesLeavesTheLastOneOnShow) {
   EXPECT_EQ(shown, 0x00FF00u);
 }
 
+TEST_F(FrameLayersTest, TheFinishedPictureGoesToABitmapAndToATexture) {
+  args.ClearColor = ProgramColor(200, 100, 50);
+  Frame();
+  const std::string path = folder.filePath("out.bmp").toStdString();
+  std::string error;
+  ASSERT_TRUE(directx.RenderToFile(path, error)) << error;
+  const QImage written(QString::fromStdString(path), "BMP");
+  ASSERT_EQ(written.size(), QSize(kWidth, kHeight));
+  EXPECT_EQ(written.pixel(3, kHeight - 2) & 0xFFFFFFu, 0xC86432u) << "rows bottom first, BGR";
+  EXPECT_FALSE(directx.RenderToFile(folder.filePath("no/such/folder/out.bmp").toStdString(), error));
+  EXPECT_FALSE(error.empty());
+
+  float rx = 0, ry = 0;
+  const TextureId texture = directx.GetCurrentOutputTexture(rx, ry);
+  ASSERT_NE(texture, 0u);
+  EXPECT_EQ(directx.GetCurrentOutputTexture(rx, ry), texture) << "one texture, refilled";
+  EXPECT_FLOAT_EQ(rx, 1.0f);
+  EXPECT_FLOAT_EQ(ry, 1.0f);
+  std::uint32_t corner = 0;
+  ASSERT_TRUE(device->ReadTexture(texture, [&](const std::uint8_t* top, std::ptrdiff_t) {
+    corner = (static_cast<std::uint32_t>(top[0]) << 16) | (top[1] << 8) | top[2];
+  }));
+  EXPECT_EQ(corner, 0xC86432u);
+}
+
 TEST_F(FrameLayersTest, ThePresetOverlayFadesOverItsFrames) {
   args.ClearColor = ProgramColor(255, 255, 255);
   Frame();
