@@ -164,7 +164,14 @@ void clsDirectx::RenderBackground(TextureId texture) {
   d->SetVertexShader(VertexFormat::TL);
   d->SetTexture(texture);
   d->SetRenderState(RenderState::FILLMODE, 3);
+  // Pictures are scaled to the output filtered, not point-sampled; the later passes keep theirs.
+  const std::uint32_t mag = d->GetTextureStageState(TextureStageState::MAGFILTER);
+  const std::uint32_t min = d->GetTextureStageState(TextureStageState::MINFILTER);
+  d->SetTextureStageState(TextureStageState::MAGFILTER, 3);
+  d->SetTextureStageState(TextureStageState::MINFILTER, 3);
   d->DrawPrimitiveUP(PrimitiveType::TriangleList, 4, backgroundVertices_, sizeof(TLVERTEX));
+  d->SetTextureStageState(TextureStageState::MAGFILTER, mag);
+  d->SetTextureStageState(TextureStageState::MINFILTER, min);
 }
 
 void clsDirectx::RenderOutputToBackGround() {
