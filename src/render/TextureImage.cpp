@@ -8,6 +8,13 @@
 
 namespace lumivane {
 
+namespace {
+
+// The most pixels a picture may have to be decoded at all.
+constexpr qint64 kMaxPixels = 16384LL * 16384LL;
+
+}  // namespace
+
 void PrepareTextureImage(const QImage& source, int width, int height, TextureFormat format, ImageFilter filter,
                          std::uint32_t colorKey, TextureImage& out) {
   QImage image = source.convertToFormat(QImage::Format_ARGB32);  // 0xAARRGGBB words, as the device takes
@@ -48,7 +55,6 @@ bool DecodeTextureImage(const std::string& path, int width, int height, TextureF
                         std::uint32_t colorKey, TextureImage& out, std::string& error) {
   QImageReader reader(QString::fromStdString(path));
   // A picture of absurd size is refused before it is decoded, not after it has taken the memory.
-  constexpr qint64 kMaxPixels = 16384LL * 16384LL;
   const QSize size = reader.size();
   if (size.isValid() && static_cast<qint64>(size.width()) * size.height() > kMaxPixels) {
     error = "The image \"" + path + "\" is too large (" + std::to_string(size.width()) + "x" +
@@ -73,9 +79,16 @@ bool DecodeTextureImage(const std::string& path, int width, int height, TextureF
 bool ReadImageSize(const std::string& path, std::int32_t& width, std::int32_t& height, std::string& error) {
   QImageReader reader(QString::fromStdString(path));
   const QSize size = reader.size();
+  width = height = 0;
+  if (size.isValid() && static_cast<qint64>(size.width()) * size.height() > kMaxPixels) {
+    error = "too large (" + std::to_string(size.width()) + "x" + std::to_string(size.height()) + ")";
+    return false;
+  }
   if (!reader.canRead() || !size.isValid() || size.isEmpty()) {
-    error = reader.errorString().toStdString();
-    width = height = 0;
+    // Qt answers "Unknown error" for much of what it refuses (its own memory limit included).
+    error = reader.error() == QImageReader::UnknownError
+                ? std::string("not a picture, or one too large or damaged to read")
+                : reader.errorString().toStdString();
     return false;
   }
   width = size.width();

@@ -1,11 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <QFile>
 #include <QImage>
 #include <QTemporaryDir>
 #include <cmath>
 
 #include "core/Color.h"
 #include "core/frmEffects.h"
+#include "render/TextureImage.h"
 #include "render/clsDirectx.h"
 #include "support/EngineFixture.h"
 #include "support/RenderFixture.h"
@@ -127,6 +129,37 @@ TEST_F(FrameLayersTest, TilesRepeatThePictureAndAPictureThatWillNotLoadShowsTheT
   directx.InitializeBackground(folder.filePath("missing.png").toStdString(), true, 8, 8);
   args.Background.FilterColor = ProgramColor(0, 0, 200);
   EXPECT_EQ(Centre(), 0x0000C8u);
+}
+
+TEST_F(FrameLayersTest, PictureSizesComeFromTheHeaderAndAbsurdOnesAreRefused) {
+  std::int32_t w = 0, h = 0;
+  std::string error;
+  EXPECT_TRUE(ReadImageSize(Picture("wide.png", 12, 5, [](int, int) { return 0u; }), w, h, error));
+  EXPECT_EQ(w, 12);
+  EXPECT_EQ(h, 5);
+  // A PNG whose header claims 20000 x 20000 pixels and that holds none: refused before any decode,
+  // with a reason an operator can read.
+  auto crc32 = [](const QByteArray& bytes) {
+    std::uint32_t c = 0xFFFFFFFFu;
+    for (const char byte : bytes) {
+      c ^= static_cast<std::uint8_t>(byte);
+      for (int k = 0; k < 8; ++k) c = (c >> 1) ^ (0xEDB88320u & (0u - (c & 1u)));
+    }
+    return ~c;
+  };
+  auto big = [](std::uint32_t v) {
+    const char bytes[4] = {static_cast<char>(v >> 24), static_cast<char>(v >> 16), static_cast<char>(v >> 8),
+                           static_cast<char>(v)};
+    return QByteArray(bytes, 4);
+  };
+  const QByteArray ihdr = QByteArray("IHDR") + big(20000) + big(20000) + QByteArray("\x08\x02\x00\x00\x00", 5);
+  QFile huge(folder.filePath("huge.png"));
+  ASSERT_TRUE(huge.open(QIODevice::WriteOnly));
+  huge.write(QByteArray("\x89PNG\r\n\x1a\n", 8) + big(13) + ihdr + big(crc32(ihdr)));
+  huge.close();
+  EXPECT_FALSE(ReadImageSize(huge.fileName().toStdString(), w, h, error));
+  EXPECT_EQ(error.find("Unknown"), std::string::npos) << error;
+  EXPECT_FALSE(ReadImageSize(folder.filePath("none.png").toStdString(), w, h, error));
 }
 
 TEST_F(FrameLayersTest, EachBlendPairOfTheEffectOverThePicture) {
