@@ -294,7 +294,10 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
     clsDirectx* directx = display ? display->Directx() : nullptr;
     RenderDevice* device = display ? display->Device() : nullptr;
     TextureDesc desc;
-    if (directx == nullptr || device == nullptr || !device->GetDesc(directx->GetEffectTexture(), desc)) return {};
+    // Outside a frame the output's context must be made current first.
+    if (directx == nullptr || device == nullptr || !display->BeginFrame() ||
+        !device->GetDesc(directx->GetEffectTexture(), desc))
+      return {};
     QImage picture;
     device->ReadTexture(directx->GetEffectTexture(), [&](const std::uint8_t* top, std::ptrdiff_t stride) {
       picture = FrameToImage(top, stride, desc.Width, desc.Height);

@@ -65,7 +65,7 @@ void clsDirectx::InitializeBackground(const std::string& file, bool hideAll, std
 
 void clsDirectx::ResetBackGrounds() {
   for (BackgroundTexture& b : backgrounds_)
-    if (b.Texture != 0 && device_ != nullptr) device_->ReleaseTexture(b.Texture);
+    ReleaseLater(b.Texture);
   // A feedback loop that started from one of them goes on from its own copy.
   for (const BackgroundTexture& b : backgrounds_)
     if (b.Texture != 0 && feedbackTexture_ == b.Texture) feedbackTexture_ = feedbackTarget_;

@@ -46,7 +46,7 @@ void clsDirectx::ResetEffectTexture() {
   effectTexture_ = 0;
   effectLoading_ = 0;
   effectFileName_.clear();
-  if (effectFile_ != 0 && device_ != nullptr) device_->ReleaseTexture(effectFile_);
+  ReleaseLater(effectFile_);
   effectFile_ = 0;
 }
 

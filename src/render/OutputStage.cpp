@@ -53,7 +53,7 @@ void clsDirectx::CreateMaskTexture(const std::string& file) {
   if (device_ == nullptr) return;
   if (file.empty()) {
     maskLoading_ = 0;
-    if (maskTexture_ != 0) device_->ReleaseTexture(maskTexture_);
+    ReleaseLater(maskTexture_);
     maskTexture_ = 0;
     return;
   }

@@ -147,9 +147,19 @@ void clsDirectx::ReleaseOutputTextures() {
     if (u.texture != 0) device_->ReleaseTexture(u.texture);
   uploads_.clear();
   images_.reset();  // decodes under way run out unheard
+  ReleasePending();
   feedbackTexture_ = 0;
   overlayLeft_ = 0;
   backgroundChangeRequested_ = false;
+}
+
+void clsDirectx::ReleaseLater(TextureId texture) {
+  if (texture != 0 && device_ != nullptr) released_.push_back(texture);
+}
+
+void clsDirectx::ReleasePending() {
+  for (TextureId t : released_) device_->ReleaseTexture(t);
+  released_.clear();
 }
 
 void clsDirectx::FinishImages() {
@@ -249,6 +259,7 @@ void clsDirectx::RenderFrame(const FrameArguments& args) {
   RenderDevice* d = device_;
   const Tick now = text_.Context().clock.Now();
   if (d != nullptr) {
+    ReleasePending();
     if (WaitForImages) FinishImages();
     else PollImages();
     // The feedback source is made outside any scene, the first time it is wanted.

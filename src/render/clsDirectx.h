@@ -233,6 +233,10 @@ class clsDirectx {
   // Takes finished decodes onto the device, a slice a frame.
   void PollImages();
   void ImageArrived(ImageLoader::Result& result, TextureId texture);
+  // Textures given up outside a frame (an operator's reset) go back to the device at the start of
+  // the next frame or at the end, when the device's context is sure to be current.
+  void ReleaseLater(TextureId texture);
+  void ReleasePending();
   // The back-buffer-sized texture in `slot`, made when missing.
   TextureId BackBufferTexture(TextureId& slot);
   void ReleaseOutputTextures();
@@ -309,6 +313,7 @@ class clsDirectx {
     int rowsDone = 0;
   };
   std::vector<Upload> uploads_;
+  std::vector<TextureId> released_;
   std::vector<TextBox> textBoxes_;
   std::map<std::string, std::weak_ptr<Mesh3D>> models_;
   TextBoxScratch textBoxScratch_;
