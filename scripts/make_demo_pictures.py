@@ -65,11 +65,11 @@ def rings(u, v):
 
 
 def light(u, v):
-    # A soft light leak for the effect layer: bright in one corner, black elsewhere, which the
-    # demo's blend (SRC_COLOR over INV_SRC_COLOR) leaves untouched, so the layer shows no edge.
-    d = math.hypot(u - 0.15, v - 0.2)
-    g = max(0.0, math.exp(-d * 3.2) - 0.08)
-    return (clamp(270 * g), clamp(215 * g), clamp(150 * g))
+    # A soft warm glow for the effect layer, black well inside every edge: blended as a screen
+    # (ONE over INV_SRC_COLOR) it only adds light, and wherever the layer lands it shows no edge.
+    d = math.hypot(u - 0.5, (v - 0.5) * 0.9)
+    g = max(0.0, 1.0 - d / 0.45) ** 2
+    return (clamp(255 * g), clamp(190 * g), clamp(120 * g))
 
 
 def vignette(u, v):
