@@ -90,19 +90,12 @@ void clsDirectx::ComputeBackGroundFeedBackFactor(std::int32_t index) {
 BackGroundMeshArguments clsDirectx::MeshArguments(const FrameArguments& args, bool hold, bool fadeIn) const {
   const BackgroundArguments& b = args.Background;
   BackGroundMeshArguments m;
+  static_cast<LayerPlacement&>(m) = b;
   m.ComputeAspectRatio = b.ComputeAspectRatio;
   m.Index = backgroundIndex_;
   m.HoldTimer = b.HoldTimer;
   m.FilterColor = b.FilterColor;
   m.FilterRandom = b.FilterRandom;
-  m.Position = b.Position;
-  m.Size = b.Size;
-  m.TileX = b.TileX;
-  m.TileY = b.TileY;
-  m.RandomizeTiling = b.RandomizeTiling;
-  m.OffsetX = b.OffsetX;
-  m.OffsetY = b.OffsetY;
-  m.RandomizeOffset = b.RandomizeOffset;
   m.Hold = hold;
   m.Feedback = b.Feedback;
   m.FadeIn = fadeIn;

@@ -16,18 +16,22 @@ struct PlacementBlock {
   bool Uniform = false;
 };
 
-// What a new layout is made from: the background controls and the frame's facts.
-struct BackGroundMeshArguments {
+// The placement controls every rectangle layer has: random position and size, tiling and offsets.
+struct LayerPlacement {
+  PlacementBlock Position, Size;
+  std::int32_t TileX = 1, TileY = 1;
+  bool RandomizeTiling = false;
+  std::int32_t OffsetX = 0, OffsetY = 0;
+  bool RandomizeOffset = false;
+};
+
+// What a new layout is made from: the layer's controls and the frame's facts.
+struct BackGroundMeshArguments : LayerPlacement {
   bool ComputeAspectRatio = false;
   std::int32_t Index = 0;  // the background shown, 0 for none
   bool HoldTimer = false;  // the layout stays as it is
   std::int32_t FilterColor = 0xFFFFFF;  // program order
   std::int32_t FilterRandom = 0;
-  PlacementBlock Position, Size;
-  double TileX = 1, TileY = 1;
-  bool RandomizeTiling = false;
-  double OffsetX = 0, OffsetY = 0;
-  bool RandomizeOffset = false;
   bool Hold = false;
   bool Feedback = false;
   bool FadeIn = false;        // the fades own the colour while images are loaded

@@ -33,10 +33,7 @@ void clsDirectx::SetEffectTexture(const std::string& file) {
   effectFileName_.clear();
   effectLoading_ = 0;
   effectTexture_ = BackBufferTexture(effectCapture_);
-  TextureDesc desc;
-  if (effectTexture_ == 0 || !d->GetDesc(effectTexture_, desc)) return;
-  effectDU_ = static_cast<float>(BackBufferWidth()) / static_cast<float>(desc.Width);
-  effectDV_ = static_cast<float>(BackBufferHeight()) / static_cast<float>(desc.Height);
+  if (effectTexture_ == 0) return;
   d->CopyBackBufferToTexture(effectTexture_, 0, 0, BackBufferWidth(), BackBufferHeight(), 0, 0);
   effectTextureWidth_ = BackBufferWidth();
   effectTextureHeight_ = BackBufferHeight();
@@ -57,21 +54,13 @@ void clsDirectx::RenderEffect(const EffectArguments& e, Tick now) {
   const bool relayout = !(static_cast<double>(text_.Context().TimeScale) * e.Timer >= elapsed) && !e.HoldTimer;
   BackGroundMeshArguments m;
   if (relayout) {
-    if (!effectFileName_.empty()) effectDU_ = effectDV_ = 1.0f;
     m.ComputeAspectRatio = e.ComputeAspectRatio;
     // Tiles count from the texture's extent the picture fills: 1, as the capture is exactly the
     // back buffer's size and a file's picture spans its texture.
     m.Index = 1;
+    static_cast<LayerPlacement&>(m) = e;
     m.FilterColor = e.Color;
     m.FilterRandom = e.ColorRandom;
-    m.Position = e.Position;
-    m.Size = e.Size;
-    m.TileX = e.TileX;
-    m.TileY = e.TileY;
-    m.RandomizeTiling = e.RandomizeTiling;
-    m.OffsetX = e.OffsetX;
-    m.OffsetY = e.OffsetY;
-    m.RandomizeOffset = e.RandomizeOffset;
     m.ImagesLoaded = true;
     m.ImageWidth = effectTextureWidth_;
     m.ImageHeight = effectTextureHeight_;
@@ -83,9 +72,8 @@ void clsDirectx::RenderEffect(const EffectArguments& e, Tick now) {
   m.BackBufferHeight = BackBufferHeight();
   lumivane::BuildBackGroundMesh(m, text_.Context().random, effectMesh_, effectVertices_);
   if (relayout) {
-    effectColor_ = ProgramColorOf(effectMesh_.RenderElementColor);
     lastEffectTick_ = now;
-    if (EffectColorChanged) EffectColorChanged(effectColor_);
+    if (EffectColorChanged) EffectColorChanged(ProgramColorOf(effectMesh_.RenderElementColor));
   }
   if (e.SourceBlend == 0 && e.TargetBlend == 0) return;
   // A picture still coming in with none before it: nothing yet, rather than a plain rectangle

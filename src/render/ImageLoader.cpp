@@ -108,9 +108,4 @@ void ImageLoader::WaitAll() {
   shared_->finished.wait(lock, [this] { return shared_->queue.empty() && !shared_->working; });
 }
 
-std::size_t ImageLoader::Pending() const {
-  std::lock_guard lock(shared_->mutex);
-  return shared_->queue.size() + shared_->done.size() + (shared_->working ? 1 : 0);
-}
-
 }  // namespace lumivane

@@ -34,8 +34,6 @@ class ImageLoader {
   // Blocks until every decode asked so far has finished (offline renders, which must be the same
   // on every run).
   void WaitAll();
-  // Decodes asked and not yet taken.
-  std::size_t Pending() const;
 
  private:
   struct Shared;

@@ -165,13 +165,10 @@ void clsDirectx::ReleasePending() {
 void clsDirectx::FinishImages() {
   if (!images_) return;
   images_->WaitAll();
-  const std::size_t budget = UploadPixelsPerFrame;
-  UploadPixelsPerFrame = static_cast<std::size_t>(-1);
-  PollImages();
-  UploadPixelsPerFrame = budget;
+  PollImages(static_cast<std::size_t>(-1));
 }
 
-void clsDirectx::PollImages() {
+void clsDirectx::PollImages(std::size_t budget) {
   RenderDevice* d = device_;
   if (d == nullptr || !images_) return;
   ImageLoader::Result result;
@@ -185,7 +182,6 @@ void clsDirectx::PollImages() {
     uploads_.push_back(std::move(upload));
   }
   // A slice of the oldest picture a frame; each is handed over once it is whole.
-  std::size_t budget = UploadPixelsPerFrame;
   while (!uploads_.empty()) {
     Upload& u = uploads_.front();
     const TextureImage& image = u.result.Image;
@@ -220,7 +216,6 @@ void clsDirectx::ImageArrived(ImageLoader::Result& result, TextureId texture) {
     if (effectFile_ != 0) d.ReleaseTexture(effectFile_);
     effectFile_ = texture;
     effectTexture_ = texture;
-    effectDU_ = effectDV_ = 1.0f;
     TextureDesc desc;
     if (texture != 0 && d.GetDesc(texture, desc)) {
       effectTextureWidth_ = desc.Width;
@@ -261,7 +256,7 @@ void clsDirectx::RenderFrame(const FrameArguments& args) {
   if (d != nullptr) {
     ReleasePending();
     if (WaitForImages) FinishImages();
-    else PollImages();
+    else PollImages(UploadPixelsPerFrame);
     // The feedback source is made outside any scene, the first time it is wanted.
     if (args.Background.Feedback) FeedbackTexture();
   }

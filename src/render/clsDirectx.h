@@ -26,30 +26,20 @@ class frmMain;
 struct TextObject;
 
 // The background's controls as one frame reads them.
-struct BackgroundArguments {
+struct BackgroundArguments : LayerPlacement {
   std::int32_t FilterColor = 0xFFFFFF;  // piCFilterColor, program order
   std::int32_t FilterRandom = 0;
   std::int32_t TimerInterval = 5000;  // ms
   bool HoldTimer = false;
   bool ComputeAspectRatio = false, FadeIn = false, FadeOut = false;
-  PlacementBlock Position, Size;
-  std::int32_t TileX = 1, TileY = 1;
-  bool RandomizeTiling = false;
   bool Feedback = false;
-  std::int32_t OffsetX = 0, OffsetY = 0;
-  bool RandomizeOffset = false;
 };
 
 // The effect layer's controls as one frame reads them; blends as device codes.
-struct EffectArguments {
+struct EffectArguments : LayerPlacement {
   bool ComputeAspectRatio = false, Enabled = false, Capture = false, HoldTimer = false;
   int SourceBlend = 3, TargetBlend = 9;
   std::int32_t Color = 0xFFFFFF, ColorRandom = 0, Timer = 1000;
-  PlacementBlock Position, Size;
-  std::int32_t TileX = 1, TileY = 1;
-  bool RandomizeTiling = false;
-  std::int32_t OffsetX = 0, OffsetY = 0;
-  bool RandomizeOffset = false;
 };
 
 // What frmMain.Render reads from the controls once a frame and hands to RenderFrame. The passes
@@ -230,8 +220,8 @@ class clsDirectx {
   void FeedbackCopy(const FrameArguments& args, Tick now);
   // A full-screen rectangle in `color` with `texture`, blended `source` over `destination`.
   void DrawOutputRectangle(std::uint32_t color, TextureId texture, int source, int destination);
-  // Takes finished decodes onto the device, a slice a frame.
-  void PollImages();
+  // Takes finished decodes onto the device, `budget` pixels at most (a slice a frame).
+  void PollImages(std::size_t budget);
   void ImageArrived(ImageLoader::Result& result, TextureId texture);
   // Textures given up outside a frame (an operator's reset) go back to the device at the start of
   // the next frame or at the end, when the device's context is sure to be current.
@@ -287,10 +277,8 @@ class clsDirectx {
   TextureId effectCapture_ = 0;     // the back-buffer-sized capture, owned
   std::string effectFileName_;
   std::uint64_t effectLoading_ = 0;
-  float effectDU_ = 1, effectDV_ = 1;
   std::int32_t effectTextureWidth_ = 0, effectTextureHeight_ = 0;
   BackGroundMesh effectMesh_;
-  std::int32_t effectColor_ = 0xFFFFFF;
   Tick lastEffectTick_ = 0, lastEffectCaptureTick_ = 0;
   TLVERTEX effectVertices_[12] = {};
 

@@ -53,14 +53,6 @@ TEST_F(LayerFormsTest, TheListTakesEachReadablePictureOnceAndTellsOfTheOthers) {
   EXPECT_EQ(backgrounds.Items().size(), 3u);
   EXPECT_EQ(backgrounds.Items()[2].Width, 0);
   EXPECT_EQ(msg.shown.size(), 1u);
-
-  // A folder: pictures of every kind Qt reads, nothing else.
-  backgrounds.ListFolder = [](const std::string&) {
-    return std::vector<std::string>{"/f/one.JPG", "/f/notes.txt", "/f/two.webp"};
-  };
-  backgrounds.LoadBackGroundFolder("/f");
-  EXPECT_EQ(backgrounds.Items().size(), 5u);
-  EXPECT_EQ(backgrounds.Items()[4].FileName, "/f/two.webp");
 }
 
 TEST_F(LayerFormsTest, PlayingSendsTheWholeListAndAPickSendsOnePicture) {

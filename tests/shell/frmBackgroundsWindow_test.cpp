@@ -5,7 +5,6 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QLabel>
 #include <QListWidget>
@@ -20,22 +19,13 @@
 #include "core/frmMain.h"
 #include "shell/FormRows.h"
 #include "support/EngineFixture.h"
+#include "support/QtWait.h"
 #include "support/FakeMsgBox.h"
 
 namespace lumivane {
 namespace {
 
-// Lets queued events run until `done` holds or the time is up.
-template <class Done>
-bool WaitUntil(Done done, int ms = 5000) {
-  QElapsedTimer clock;
-  clock.start();
-  while (!done()) {
-    if (clock.elapsed() > ms) return false;
-    QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-  }
-  return true;
-}
+using test::WaitUntil;
 
 void Click(QWidget* w) {
   QMouseEvent press(QEvent::MouseButtonPress, QPointF(2, 2), w->mapToGlobal(QPointF(2, 2)), Qt::LeftButton,

@@ -5,7 +5,6 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QElapsedTimer>
 #include <QLabel>
 #include <QPushButton>
 #include <QSlider>
@@ -14,21 +13,14 @@
 #include <QTimer>
 #include <stdexcept>
 
+#include "support/QtWait.h"
+
 #include "core/frmEffects.h"
 
 namespace lumivane {
 namespace {
 
-template <class Done>
-bool WaitUntil(Done done, int ms = 5000) {
-  QElapsedTimer clock;
-  clock.start();
-  while (!done()) {
-    if (clock.elapsed() > ms) return false;
-    QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-  }
-  return true;
-}
+using test::WaitUntil;
 
 QImage Filled(QSize size, QColor colour) {
   QImage image(size, QImage::Format_RGB32);
