@@ -8,9 +8,8 @@
 
 namespace lumivane {
 
-class clsDirectx;
-
 struct AppOptions;
+class clsDirectx;
 class ControlModel;
 class clsText;
 class frmMain;
