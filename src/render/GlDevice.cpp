@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 #include "core/Numbers.h"
 #include "render/TextureImage.h"
@@ -100,6 +101,9 @@ bool GlDevice::InitializeGl(std::string& error) {
   renderer_ = reinterpret_cast<const char*>(glGetString(GL_RENDERER));
   softwareRenderer_ = renderer_.find("llvmpipe") != std::string::npos ||
                       renderer_.find("softpipe") != std::string::npos || renderer_.find("swrast") != std::string::npos;
+  const char* outputPass = std::getenv("LUMIVANE_OUTPUT_PASS");
+  const std::string_view pass = outputPass != nullptr ? outputPass : "";
+  finishByCompute_ = pass == "compute" || (pass != "draw" && !softwareRenderer_);
   GLint value = 0;
   glGetIntegerv(GL_MAX_TEXTURE_SIZE, &value);
   caps_.MaxTextureWidth = caps_.MaxTextureHeight = value;
@@ -187,6 +191,7 @@ GlDevice::~GlDevice() {
   reader_.reset();  // its context goes before the one it shares with
   if (ready_ || backBuffers_[0].framebuffer != 0) {
     for (const auto& [key, program] : programs_) glDeleteProgram(program.name);
+    if (finish_.name != 0) glDeleteProgram(finish_.name);
     for (Texture& t : textures_) {
       if (t.framebuffer != 0) glDeleteFramebuffers(1, &t.framebuffer);
       if (t.name != 0) glDeleteTextures(1, &t.name);

@@ -16,6 +16,9 @@
 
 namespace lumivane {
 
+// A compiled shader of `kind`, or 0 when it does not compile.
+GLuint CompileShader(GLenum kind, const std::string& source);
+
 class GlDevice final : public RenderDevice {
  public:
   GlDevice(int width, int height) : width_(width), height_(height) {}
@@ -64,6 +67,7 @@ class GlDevice final : public RenderDevice {
                                int y) override;
   void StretchBackBufferToTexture(TextureId texture, const BlitSource& source) override;
 
+  bool FinishOutput(const OutputFinish& finish) override;
   void Present(int targetWidth, int targetHeight, std::uint32_t targetFramebuffer, const BlitSource& source) override;
   void QueueReadBack() override;
   bool TakeReadBack(const FrameSink& sink) override;
@@ -125,6 +129,9 @@ class GlDevice final : public RenderDevice {
   // Draws what is batched; every operation other than a draw calls it first.
   void Flush();
   void ApplyState(const Target& target);
+  // The sampler as the current stage states set it: filters and addressing.
+  void ApplySampler(const DrawState& s);
+  bool MakeFinishProgram();
   void SetLightingUniforms(const Program& program, const DrawState& s);
   const Program* ProgramFor(const DrawState& state);
   // A frame that begins without a clear inherits the last frame's pixels, as a single back buffer
@@ -185,6 +192,16 @@ class GlDevice final : public RenderDevice {
   GLuint vertexArrays_[3] = {0, 0, 0};
   GLuint vertexBuffer_ = 0;
   GLuint sampler_ = 0;
+  // The output stage's compute program, made when first wanted; tried once.
+  struct FinishProgram {
+    GLuint name = 0;
+    GLint invert = -1, mask = -1, tint = -1, size = -1;
+  } finish_;
+  bool finishTried_ = false;
+  // Whether the output stage runs as the compute pass: on a GPU, where it spares the blending
+  // units two full-screen passes; not on a software renderer, which blends in its own SIMD code
+  // faster than it runs compute. LUMIVANE_OUTPUT_PASS=compute or =draw chooses either way.
+  bool finishByCompute_ = false;
   bool glStateValid_ = false;
   GLuint boundFramebuffer_ = 0;
 

@@ -92,7 +92,10 @@ std::string Operation(std::uint32_t op, std::uint32_t arg1, std::uint32_t arg2) 
   }
 }
 
-GLuint Compile(GLenum kind, const std::string& source) {
+
+}  // namespace
+
+GLuint CompileShader(GLenum kind, const std::string& source) {
   const GLuint shader = glCreateShader(kind);
   const char* text = source.c_str();
   glShaderSource(shader, 1, &text, nullptr);
@@ -105,8 +108,6 @@ GLuint Compile(GLenum kind, const std::string& source) {
   }
   return shader;
 }
-
-}  // namespace
 
 void RenderDevice::SetBlend(int sourceCode, int destinationCode) {
   const bool on = sourceCode != 0 && destinationCode != 0;
@@ -307,8 +308,8 @@ const GlDevice::Program* GlDevice::ProgramFor(const DrawState& s) {
 
   Program program;
   program.eyeSpace = lit || generate != 0 || transformCount != 0;
-  const GLuint vs = Compile(GL_VERTEX_SHADER, vertex);
-  const GLuint fs = Compile(GL_FRAGMENT_SHADER, fragment);
+  const GLuint vs = CompileShader(GL_VERTEX_SHADER, vertex);
+  const GLuint fs = CompileShader(GL_FRAGMENT_SHADER, fragment);
   if (vs != 0 && fs != 0) {
     program.name = glCreateProgram();
     glAttachShader(program.name, vs);
@@ -350,7 +351,6 @@ const GlDevice::Program* GlDevice::ProgramFor(const DrawState& s) {
 void GlDevice::ApplyState(const Target& target) {
   const DrawState& s = batchState_;
   auto render = [&](RenderState r) { return s.render[static_cast<std::uint32_t>(r)]; };
-  auto stage = [&](TextureStageState t) { return s.stage[static_cast<std::uint32_t>(t)]; };
   glBindFramebuffer(GL_FRAMEBUFFER, target.framebuffer);
   boundFramebuffer_ = target.framebuffer;
   glViewport(0, 0, target.width, target.height);
@@ -429,12 +429,17 @@ void GlDevice::ApplyState(const Target& target) {
   glActiveTexture(GL_TEXTURE0);
   const Texture* texture = Find(s.texture);
   glBindTexture(GL_TEXTURE_2D, texture != nullptr ? texture->name : 0);
+  ApplySampler(s);
+  glStateValid_ = true;
+}
+
+void GlDevice::ApplySampler(const DrawState& s) {
+  auto stage = [&](TextureStageState t) { return s.stage[static_cast<std::uint32_t>(t)]; };
   glBindSampler(0, sampler_);
   glSamplerParameteri(sampler_, GL_TEXTURE_MAG_FILTER, stage(TextureStageState::MAGFILTER) >= 2 ? GL_LINEAR : GL_NEAREST);
   glSamplerParameteri(sampler_, GL_TEXTURE_MIN_FILTER, stage(TextureStageState::MINFILTER) >= 2 ? GL_LINEAR : GL_NEAREST);
   glSamplerParameteri(sampler_, GL_TEXTURE_WRAP_S, Address(stage(TextureStageState::ADDRESSU)));
   glSamplerParameteri(sampler_, GL_TEXTURE_WRAP_T, Address(stage(TextureStageState::ADDRESSV)));
-  glStateValid_ = true;
 }
 
 void GlDevice::SetLightingUniforms(const Program& program, const DrawState& s) {

@@ -80,6 +80,23 @@ void clsDirectx::RenderOutputFade(std::int32_t fade) {
 // than a plain inversion would make it.
 void clsDirectx::RenderInvert() { DrawOutputRectangle(kWhite, 0, 10, 10); }
 
+void clsDirectx::FinishOutput(bool invert, bool mask, std::int32_t fade) {
+  RenderDevice* d = device_;
+  if (d == nullptr || (!invert && !mask && fade >= 255)) return;
+  if (FinishInOnePass && d->FinishOutput({invert, mask, maskTexture_, Grey(fade) & 0xFFFFFFu})) return;
+  if (invert) {
+    d->BeginScene();
+    RenderInvert();
+    d->EndScene();
+  }
+  // Mask and fade both multiply the picture: with the mask on, one draw does both (the mask
+  // picture tinted by the fade's grey), as a full-screen pass is what a frame costs most.
+  d->BeginScene();
+  if (mask) RenderMask(fade);
+  else RenderOutputFade(fade);
+  d->EndScene();
+}
+
 void clsDirectx::RenderGrayScale() {
   RenderDevice* d = device_;
   if (d == nullptr) return;

@@ -197,6 +197,21 @@ class RenderDevice {
   // Stretches a rectangle of the back buffer (a negative extent reads backwards) over a whole texture.
   virtual void StretchBackBufferToTexture(TextureId texture, const BlitSource& source) = 0;
 
+  // The output stage's last passes in one go, in place over the back buffer: with `Invert`, each
+  // channel d becomes 1 - d * d (kept to 8 bits, as a pass of its own would leave it); then the
+  // picture is multiplied by `Tint` (0xRRGGBB) and, with `Mask`, by `MaskTexture` stretched from
+  // just outside one corner of the output to just outside the other (a texture that is gone
+  // multiplies by white), sampled with the stage's current filters. Bypassing the blender, it is
+  // far cheaper than the blended rectangles it stands for on a GPU. False when the device cannot:
+  // the caller draws those rectangles instead.
+  struct OutputFinish {
+    bool Invert = false;
+    bool Mask = false;
+    TextureId MaskTexture = 0;
+    std::uint32_t Tint = 0xFFFFFFu;
+  };
+  virtual bool FinishOutput(const OutputFinish& finish) = 0;
+
   // ---- Output --------------------------------------------------------------------------------
   // Shows a rectangle of the back buffer on a window's framebuffer, stretched to its size (a
   // headless device has none and does nothing).

@@ -305,17 +305,7 @@ void clsDirectx::RenderFrame(const FrameArguments& args) {
     // 14. The finished layers so far feed the next frames, at their rate.
     FeedbackCopy(args, now);
     // 15. to 17. Invert, mask and the fade, which runs in every frame.
-    if (args.Invert) {
-      d->BeginScene();
-      RenderInvert();
-      d->EndScene();
-    }
-    // Mask and fade both multiply the picture: with the mask on, one draw does both (the mask
-    // picture tinted by the fade's grey), as a full-screen pass is what a frame costs most.
-    d->BeginScene();
-    if (args.MaskEnabled) RenderMask(args.Fade);
-    else RenderOutputFade(args.Fade);
-    d->EndScene();
+    FinishOutput(args.Invert, args.MaskEnabled, args.Fade);
     // 18. and 19. The second FreeFrame place and projection mapping: not built yet.
   }
   // 20. and 21.

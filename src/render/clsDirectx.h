@@ -163,6 +163,11 @@ class clsDirectx {
   void RenderMask(std::int32_t fade = 255);
   void RenderOutputFade(std::int32_t fade);
   void RenderInvert();
+  // Invert, then mask and fade, the frame's last passes: in one pass where the device offers it,
+  // else as the rectangles above.
+  void FinishOutput(bool invert, bool mask, std::int32_t fade);
+  // Off, the rectangles are always drawn (tests hold the two ways to the same picture).
+  bool FinishInOnePass = true;
   void RenderGrayScale();
   // The last picture of a preset shines through the next for `frames` frames.
   void InitializeMachineStateOverlay(std::int32_t frames);

@@ -3,7 +3,9 @@
 #include <QFile>
 #include <QImage>
 #include <QTemporaryDir>
+#include <algorithm>
 #include <cmath>
+#include <cstdlib>
 
 #include "core/Color.h"
 #include "core/frmEffects.h"
@@ -246,6 +248,61 @@ TEST_F(FrameLayersTest, OutputStageInvertMaskAndFade) {
   args.Fade = 255;
   directx.CreateMaskTexture(folder.filePath("no-mask.png").toStdString());
   EXPECT_EQ(Centre(), 0xFFFFFFu) << "a mask that will not load multiplies with white";
+}
+
+// The same frames with the output stage run as one compute pass, which the device otherwise keeps
+// to GPUs.
+class OutputPassTest : public FrameLayersTest {
+ protected:
+  void SetUp() override {
+    setenv("LUMIVANE_OUTPUT_PASS", "compute", 1);
+    FrameLayersTest::SetUp();
+  }
+  void TearDown() override {
+    FrameLayersTest::TearDown();
+    unsetenv("LUMIVANE_OUTPUT_PASS");
+  }
+  // The largest difference of any channel of any pixel between the frame made in one pass and
+  // the frame made by the rectangles.
+  int OnePassAgainstRectangles() {
+    directx.FinishInOnePass = true;
+    const std::vector<std::uint8_t> one = Frame();
+    directx.FinishInOnePass = false;
+    const std::vector<std::uint8_t> drawn = Frame();
+    int most = 0;
+    for (std::size_t i = 0; i < one.size(); ++i)
+      if (i % 4 != 3) most = std::max(most, std::abs(one[i] - drawn[i]));
+    return most;
+  }
+};
+
+TEST_F(OutputPassTest, TheOnePassMakesThePictureTheRectanglesMake) {
+  ASSERT_TRUE(device->FinishOutput({})) << "the compute pass is offered here";
+  // Every level of each channel under the passes, and a mask of another size stretched over it,
+  // point-sampled as the frame leaves the stage.
+  directx.InitializeBackground(Picture("ramp.png", 256, 4, [](int x, int y) {
+    return static_cast<std::uint32_t>(x << 16 | (255 - x) << 8 | ((x * (y + 1) * 37) & 0xFF));
+  }), true, 256, 4);
+  directx.CreateMaskTexture(Picture("mask-ramp.png", 37, 11, [](int x, int y) {
+    return static_cast<std::uint32_t>((x * 7) << 16 | (y * 23) << 8 | ((x + y) * 5));
+  }));
+  const std::vector<std::uint8_t> plain = Frame();
+  struct Case {
+    bool invert, mask;
+    std::int32_t fade;
+  };
+  for (const Case c : {Case{true, false, 255}, Case{false, false, 128}, Case{false, true, 255}, Case{true, true, 100},
+                       Case{true, false, 0}}) {
+    args.Invert = c.invert;
+    args.MaskEnabled = c.mask;
+    args.Fade = c.fade;
+    EXPECT_LE(OnePassAgainstRectangles(), 1) << "invert " << c.invert << ", mask " << c.mask << ", fade " << c.fade;
+    EXPECT_NE(Frame(), plain) << "the passes changed the picture";
+  }
+  directx.CreateMaskTexture(folder.filePath("no-mask.png").toStdString());
+  args.Invert = false;
+  args.Fade = 200;
+  EXPECT_LE(OnePassAgainstRectangles(), 1) << "a mask that will not load multiplies with white both ways";
 }
 
 TEST_F(FrameLayersTest, TheFeedbackCopyRunsAtItsRate) {
