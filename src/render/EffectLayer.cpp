@@ -47,9 +47,8 @@ void clsDirectx::ResetEffectTexture() {
   effectFile_ = 0;
 }
 
-void clsDirectx::RenderEffect(const EffectArguments& e, Tick now) {
-  RenderDevice* d = device_;
-  if (d == nullptr) return;
+bool clsDirectx::LayOutEffect(const EffectArguments& e, Tick now) {
+  if (device_ == nullptr) return false;
   const double elapsed = TicksSince(now, lastEffectTick_);
   const bool relayout = !(static_cast<double>(text_.Context().TimeScale) * e.Timer >= elapsed) && !e.HoldTimer;
   BackGroundMeshArguments m;
@@ -75,10 +74,16 @@ void clsDirectx::RenderEffect(const EffectArguments& e, Tick now) {
     lastEffectTick_ = now;
     if (EffectColorChanged) EffectColorChanged(ProgramColorOf(effectMesh_.RenderElementColor));
   }
-  if (e.SourceBlend == 0 && e.TargetBlend == 0) return;
+  if (e.SourceBlend == 0 && e.TargetBlend == 0) return false;
   // A picture still coming in with none before it: nothing yet, rather than a plain rectangle
   // that would flash over the whole output until it is in.
-  if (effectTexture_ == 0 && effectLoading_ != 0) return;
+  return !(effectTexture_ == 0 && effectLoading_ != 0);
+}
+
+void clsDirectx::DrawEffect(const EffectArguments& e) {
+  RenderDevice* d = device_;
+  if (d == nullptr) return;
+  d->BeginScene();
   d->SetRenderState(RenderState::CULLMODE, 1);
   d->SetVertexShader(VertexFormat::TL);
   d->SetTexture(effectTexture_);
@@ -89,6 +94,7 @@ void clsDirectx::RenderEffect(const EffectArguments& e, Tick now) {
   d->DrawPrimitiveUP(PrimitiveType::TriangleList, 4, effectVertices_, sizeof(TLVERTEX));
   d->SetRenderState(RenderState::ALPHABLENDENABLE, 0);
   d->SetTexture(0);
+  d->EndScene();
 }
 
 }  // namespace lumivane

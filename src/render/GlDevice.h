@@ -196,6 +196,7 @@ class GlDevice final : public RenderDevice {
   struct FinishProgram {
     GLuint name = 0;
     GLint invert = -1, mask = -1, tint = -1, size = -1;
+    GLint layer = -1, layerRect = -1, layerExtent = -1, layerTextured = -1, layerColor = -1, layerBlend = -1;
   } finish_;
   bool finishTried_ = false;
   // Whether the output stage runs as the compute pass: on a GPU, where it spares the blending

@@ -1,6 +1,7 @@
-// The output stage's last passes (invert, mask, fade) as one compute pass over the back buffer.
-// Drawn as blended full-screen rectangles they cost a GPU's blending units a read and a write of
-// every pixel each; the compute pass reads and writes each pixel once, through the shader cores.
+// The frame's last passes (the effect's rectangle, invert, mask, fade) as one compute pass over
+// the back buffer. Drawn as blended full-screen rectangles they cost a GPU's blending units a read
+// and a write of every pixel each; the compute pass reads and writes each pixel once, through the
+// shader cores.
 #include "render/GlDevice.h"
 
 namespace lumivane {
@@ -13,23 +14,84 @@ const char* const kFinishSource = R"(#version 430 core
 layout(local_size_x = 16, local_size_y = 8) in;
 layout(rgba8, binding = 0) uniform restrict image2D frame;
 layout(binding = 0) uniform sampler2D maskPicture;
+layout(binding = 1) uniform sampler2D layerPicture;
+uniform int layer;
+uniform vec4 layerRect;  // left, top, right, bottom
+uniform vec2 layerExtent;
+uniform int layerTextured;
+uniform vec4 layerColor;
+uniform ivec2 layerBlend;
 uniform int invert;
 uniform int mask;
 uniform vec3 tint;
 uniform ivec2 size;
+
+vec3 Eight(vec3 c) { return floor(clamp(c, 0.0, 1.0) * 255.0 + 0.5) / 255.0; }
+
+// A blend code's factor, as the draws map them; the buffer's alpha is always 1.
+vec3 Factor(int code, vec4 s, vec4 d) {
+  switch (code) {
+    case 1: return vec3(0.0);
+    case 3: return s.rgb;
+    case 4: return 1.0 - s.rgb;
+    case 5: return vec3(s.a);
+    case 6: return vec3(1.0 - s.a);
+    case 7: return vec3(d.a);
+    case 8: return vec3(1.0 - d.a);
+    case 9: return d.rgb;
+    case 10: return 1.0 - d.rgb;
+    case 11: return vec3(min(s.a, 1.0 - d.a));
+    default: return vec3(1.0);
+  }
+}
+
 void main() {
   ivec2 p = ivec2(gl_GlobalInvocationID.xy);
   if (p.x >= size.x || p.y >= size.y) return;
   vec4 d = imageLoad(frame, p);
-  // White blended with the inverse of the picture on both sides: 1 - d + d (1 - d), kept to the
-  // buffer's 8 bits before the multiply, as a pass of its own leaves it.
-  if (invert != 0) d.rgb = floor((1.0 - d.rgb * d.rgb) * 255.0 + 0.5) / 255.0;
-  vec3 s = tint;
+  vec2 centre = vec2(p) + 0.5;
+  if (layer != 0 && all(greaterThanEqual(centre, layerRect.xy)) && all(lessThan(centre, layerRect.zw))) {
+    vec4 s = layerColor;
+    if (layerTextured != 0) {
+      vec4 t = texture(layerPicture, (centre - layerRect.xy) / (layerRect.zw - layerRect.xy) * layerExtent);
+      s = vec4(t.rgb * layerColor.rgb, t.a);
+    }
+    s = clamp(s, 0.0, 1.0);
+    vec3 sf, df;
+    if (layerBlend.x == 12) {  // both factors from the source alpha
+      sf = vec3(s.a);
+      df = vec3(1.0 - s.a);
+    } else if (layerBlend.x == 13) {
+      sf = vec3(1.0 - s.a);
+      df = vec3(s.a);
+    } else {
+      sf = Factor(layerBlend.x, s, d);
+      df = layerBlend.y == 11 ? vec3(1.0) : Factor(layerBlend.y, s, d);  // saturate is a source factor only
+    }
+    d.rgb = Eight(s.rgb * sf + d.rgb * df);
+  }
+  // White blended with the inverse of the picture on both sides: 1 - d + d (1 - d).
+  if (invert != 0) d.rgb = Eight(1.0 - d.rgb * d.rgb);
+  vec3 m = tint;
   // The mask rectangle runs from a pixel outside one corner to a pixel outside the other.
-  if (mask != 0) s *= texture(maskPicture, (vec2(p) + 1.5) / vec2(size + 2)).rgb;
-  imageStore(frame, p, vec4(d.rgb * s, d.a));
+  if (mask != 0) m *= texture(maskPicture, (vec2(p) + 1.5) / vec2(size + 2)).rgb;
+  imageStore(frame, p, vec4(d.rgb * m, d.a));
 }
 )";
+
+// The rectangle is blended here only under the stage operations and states every layer draws
+// with (the texture times the colour, the texture's alpha, all channels written, no depth test
+// that z = 0 could fail); anything else is left to the draws.
+bool PlainLayerState(const std::uint32_t* render, const std::uint32_t* stage) {
+  auto r = [&](RenderState state) { return render[static_cast<std::uint32_t>(state)]; };
+  auto t = [&](TextureStageState state) { return stage[static_cast<std::uint32_t>(state)]; };
+  const std::uint32_t colorArg2 = t(TextureStageState::COLORARG2);
+  const bool diffuse = colorArg2 == 0 || colorArg2 == 1;
+  const std::uint32_t depth = r(RenderState::ZFUNC);
+  return t(TextureStageState::COLOROP) == 4 && t(TextureStageState::COLORARG1) == 2 && diffuse &&
+         t(TextureStageState::ALPHAOP) == 2 && t(TextureStageState::ALPHAARG1) == 2 &&
+         (r(RenderState::COLORWRITEENABLE) & 7) == 7 && (r(RenderState::ZENABLE) == 0 || depth == 4 || depth == 8);
+}
 
 }  // namespace
 
@@ -55,25 +117,46 @@ bool GlDevice::MakeFinishProgram() {
   finish_.mask = glGetUniformLocation(program, "mask");
   finish_.tint = glGetUniformLocation(program, "tint");
   finish_.size = glGetUniformLocation(program, "size");
+  finish_.layer = glGetUniformLocation(program, "layer");
+  finish_.layerRect = glGetUniformLocation(program, "layerRect");
+  finish_.layerExtent = glGetUniformLocation(program, "layerExtent");
+  finish_.layerTextured = glGetUniformLocation(program, "layerTextured");
+  finish_.layerColor = glGetUniformLocation(program, "layerColor");
+  finish_.layerBlend = glGetUniformLocation(program, "layerBlend");
   return true;
 }
 
 bool GlDevice::FinishOutput(const OutputFinish& finish) {
   if (!ready_ || !finishByCompute_ || renderingToTexture_) return false;
+  const BlendedRectangle& l = finish.Layer;
+  const bool layer = l.SourceBlend != 0 || l.TargetBlend != 0;
+  if (layer && !PlainLayerState(state_.render, state_.stage)) return false;
   Flush();
   if (!MakeFinishProgram()) return false;
   Carry();
+  auto unit = [](std::uint32_t c, int shift) { return static_cast<float>((c >> shift) & 0xFF) / 255.0f; };
   glUseProgram(finish_.name);
+  glUniform1i(finish_.layer, layer ? 1 : 0);
+  const Texture* picture = layer ? Find(l.Texture) : nullptr;
+  if (layer) {
+    glUniform4f(finish_.layerRect, l.Left, l.Top, l.Right, l.Bottom);
+    glUniform2f(finish_.layerExtent, l.U, l.V);
+    glUniform1i(finish_.layerTextured, picture != nullptr ? 1 : 0);
+    glUniform4f(finish_.layerColor, unit(l.Color, 16), unit(l.Color, 8), unit(l.Color, 0), unit(l.Color, 24));
+    glUniform2i(finish_.layerBlend, static_cast<GLint>(l.SourceBlend), static_cast<GLint>(l.TargetBlend));
+  }
   glUniform1i(finish_.invert, finish.Invert ? 1 : 0);
   const Texture* mask = finish.Mask ? Find(finish.MaskTexture) : nullptr;
   glUniform1i(finish_.mask, mask != nullptr ? 1 : 0);
-  const std::uint32_t t = finish.Tint;
-  glUniform3f(finish_.tint, static_cast<float>((t >> 16) & 0xFF) / 255.0f, static_cast<float>((t >> 8) & 0xFF) / 255.0f,
-              static_cast<float>(t & 0xFF) / 255.0f);
+  glUniform3f(finish_.tint, unit(finish.Tint, 16), unit(finish.Tint, 8), unit(finish.Tint, 0));
   glUniform2i(finish_.size, width_, height_);
+  // Both pictures are read as the stage's sampler reads them.
+  ApplySampler(state_);
+  glBindSampler(1, sampler_);
+  glActiveTexture(GL_TEXTURE1);
+  glBindTexture(GL_TEXTURE_2D, picture != nullptr ? picture->name : 0);
   glActiveTexture(GL_TEXTURE0);
   glBindTexture(GL_TEXTURE_2D, mask != nullptr ? mask->name : 0);
-  ApplySampler(state_);
   glBindImageTexture(0, backBufferTextures_[current_], 0, GL_FALSE, 0, GL_READ_WRITE, GL_RGBA8);
   glDispatchCompute(static_cast<GLuint>((width_ + kGroupWidth - 1) / kGroupWidth),
                     static_cast<GLuint>((height_ + kGroupHeight - 1) / kGroupHeight), 1);
@@ -81,6 +164,10 @@ bool GlDevice::FinishOutput(const OutputFinish& finish) {
   glMemoryBarrier(GL_FRAMEBUFFER_BARRIER_BIT | GL_TEXTURE_FETCH_BARRIER_BIT | GL_TEXTURE_UPDATE_BARRIER_BIT |
                   GL_PIXEL_BUFFER_BARRIER_BIT | GL_SHADER_IMAGE_ACCESS_BARRIER_BIT);
   glBindImageTexture(0, 0, 0, GL_FALSE, 0, GL_READ_WRITE, GL_RGBA8);
+  glActiveTexture(GL_TEXTURE1);
+  glBindTexture(GL_TEXTURE_2D, 0);
+  glBindSampler(1, 0);
+  glActiveTexture(GL_TEXTURE0);
   glStateValid_ = false;
   return true;
 }

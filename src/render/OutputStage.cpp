@@ -80,10 +80,21 @@ void clsDirectx::RenderOutputFade(std::int32_t fade) {
 // than a plain inversion would make it.
 void clsDirectx::RenderInvert() { DrawOutputRectangle(kWhite, 0, 10, 10); }
 
-void clsDirectx::FinishOutput(bool invert, bool mask, std::int32_t fade) {
+void clsDirectx::FinishOutput(const EffectArguments* effect, bool invert, bool mask, std::int32_t fade) {
   RenderDevice* d = device_;
-  if (d == nullptr || (!invert && !mask && fade >= 255)) return;
-  if (FinishInOnePass && d->FinishOutput({invert, mask, maskTexture_, Grey(fade) & 0xFFFFFFu})) return;
+  if (d == nullptr || (effect == nullptr && !invert && !mask && fade >= 255)) return;
+  if (FinishInOnePass) {
+    RenderDevice::OutputFinish finish{{}, invert, mask, maskTexture_, Grey(fade) & 0xFFFFFFu};
+    if (effect != nullptr) {
+      // The layout's corners: the first vertex is the top left, the fifth the bottom right.
+      const TLVERTEX& lt = effectVertices_[0];
+      const TLVERTEX& rb = effectVertices_[4];
+      finish.Layer = {lt.x, lt.y, rb.x, rb.y, rb.tu, rb.tv, effectTexture_, lt.color,
+                      static_cast<std::uint32_t>(effect->SourceBlend), static_cast<std::uint32_t>(effect->TargetBlend)};
+    }
+    if (d->FinishOutput(finish)) return;
+  }
+  if (effect != nullptr) DrawEffect(*effect);
   if (invert) {
     d->BeginScene();
     RenderInvert();
@@ -91,6 +102,7 @@ void clsDirectx::FinishOutput(bool invert, bool mask, std::int32_t fade) {
   }
   // Mask and fade both multiply the picture: with the mask on, one draw does both (the mask
   // picture tinted by the fade's grey), as a full-screen pass is what a frame costs most.
+  if (!mask && fade >= 255) return;
   d->BeginScene();
   if (mask) RenderMask(fade);
   else RenderOutputFade(fade);

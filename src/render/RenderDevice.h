@@ -197,14 +197,23 @@ class RenderDevice {
   // Stretches a rectangle of the back buffer (a negative extent reads backwards) over a whole texture.
   virtual void StretchBackBufferToTexture(TextureId texture, const BlitSource& source) = 0;
 
-  // The output stage's last passes in one go, in place over the back buffer: with `Invert`, each
-  // channel d becomes 1 - d * d (kept to 8 bits, as a pass of its own would leave it); then the
-  // picture is multiplied by `Tint` (0xRRGGBB) and, with `Mask`, by `MaskTexture` stretched from
-  // just outside one corner of the output to just outside the other (a texture that is gone
-  // multiplies by white), sampled with the stage's current filters. Bypassing the blender, it is
-  // far cheaper than the blended rectangles it stands for on a GPU. False when the device cannot:
-  // the caller draws those rectangles instead.
+  // The frame's last passes in one go, in place over the back buffer. First `Layer`, a textured
+  // rectangle blended over the picture as its draw under SRCBLEND/DESTBLEND would blend it (both
+  // 0: none), with the stage's addressing and filters. Then, with `Invert`, each channel d becomes
+  // 1 - d * d; then the picture is multiplied by `Tint` (0xRRGGBB) and, with `Mask`, by
+  // `MaskTexture` stretched from just outside one corner of the output to just outside the other
+  // (a texture that is gone multiplies by white). Each step is kept to 8 bits, as a pass of its own
+  // leaves it. Bypassing the blender, this is far cheaper on a GPU than the full-screen blended
+  // draws it stands for. False when the device cannot: the caller draws those instead.
+  struct BlendedRectangle {
+    float Left = 0, Top = 0, Right = 0, Bottom = 0;  // pixels
+    float U = 1, V = 1;  // texture coordinates at the bottom right; (0, 0) at the top left
+    TextureId Texture = 0;  // 0: the colour alone
+    std::uint32_t Color = 0xFFFFFFFFu;
+    std::uint32_t SourceBlend = 0, TargetBlend = 0;
+  };
   struct OutputFinish {
+    BlendedRectangle Layer;
     bool Invert = false;
     bool Mask = false;
     TextureId MaskTexture = 0;

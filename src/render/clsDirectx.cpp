@@ -292,20 +292,24 @@ void clsDirectx::RenderFrame(const FrameArguments& args) {
   Render3D(args);
   if (d != nullptr) {
     const float timeScale = text_.Context().TimeScale;
-    // 12. and 13. The effect, its capture on its own timer.
+    // 12. and 13. The effect, its capture on its own timer. Its rectangle joins the output
+    // stage's passes below, unless the feedback copy between them is due.
+    bool effect = false;
     if (args.Effect.Enabled) {
       if (args.Effect.Capture && static_cast<double>(timeScale) * args.Effect.Timer < TicksSince(now, lastEffectCaptureTick_)) {
         SetEffectTexture({});
         lastEffectCaptureTick_ = now;
       }
-      d->BeginScene();
-      RenderEffect(args.Effect, now);
-      d->EndScene();
+      effect = LayOutEffect(args.Effect, now);
+      if (effect && FeedbackDue(args, now)) {
+        DrawEffect(args.Effect);
+        effect = false;
+      }
     }
     // 14. The finished layers so far feed the next frames, at their rate.
     FeedbackCopy(args, now);
     // 15. to 17. Invert, mask and the fade, which runs in every frame.
-    FinishOutput(args.Invert, args.MaskEnabled, args.Fade);
+    FinishOutput(effect ? &args.Effect : nullptr, args.Invert, args.MaskEnabled, args.Fade);
     // 18. and 19. The second FreeFrame place and projection mapping: not built yet.
   }
   // 20. and 21.
@@ -313,14 +317,17 @@ void clsDirectx::RenderFrame(const FrameArguments& args) {
   if (CloneRender) CloneRender();
 }
 
-void clsDirectx::FeedbackCopy(const FrameArguments& args, Tick now) {
-  if (!args.Background.Feedback) return;
+bool clsDirectx::FeedbackDue(const FrameArguments& args, Tick now) const {
+  if (!args.Background.Feedback) return false;
   const std::int32_t rate = args.FeedbackRate;
   // A rate of 0 copies once, the first time, and never again.
-  const bool due = rate >= 1 ? static_cast<double>(TicksSince(now, lastFeedbackTick_)) >
-                                   (1000.0 / rate) * static_cast<double>(text_.Context().TimeScale)
-                             : !feedbackCopied_;
-  if (!due) return;
+  return rate >= 1 ? static_cast<double>(TicksSince(now, lastFeedbackTick_)) >
+                         (1000.0 / rate) * static_cast<double>(text_.Context().TimeScale)
+                   : !feedbackCopied_;
+}
+
+void clsDirectx::FeedbackCopy(const FrameArguments& args, Tick now) {
+  if (!FeedbackDue(args, now)) return;
   lastFeedbackTick_ = now;
   feedbackCopied_ = true;
   RenderOutputToBackGround();

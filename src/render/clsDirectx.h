@@ -163,10 +163,8 @@ class clsDirectx {
   void RenderMask(std::int32_t fade = 255);
   void RenderOutputFade(std::int32_t fade);
   void RenderInvert();
-  // Invert, then mask and fade, the frame's last passes: in one pass where the device offers it,
-  // else as the rectangles above.
-  void FinishOutput(bool invert, bool mask, std::int32_t fade);
-  // Off, the rectangles are always drawn (tests hold the two ways to the same picture).
+  // Off, the frame's last passes are always drawn, never run as one (tests hold the two ways to
+  // the same picture).
   bool FinishInOnePass = true;
   void RenderGrayScale();
   // The last picture of a preset shines through the next for `frames` frames.
@@ -221,8 +219,14 @@ class clsDirectx {
   void RenderBackground(TextureId texture);
   void RenderOutputToBackGround();
   void ComputeBackGroundFeedBackFactor(std::int32_t index);
-  void RenderEffect(const EffectArguments& e, Tick now);
+  // The effect's layout on its timer; true when there is a rectangle to blend.
+  bool LayOutEffect(const EffectArguments& e, Tick now);
+  void DrawEffect(const EffectArguments& e);
+  bool FeedbackDue(const FrameArguments& args, Tick now) const;
   void FeedbackCopy(const FrameArguments& args, Tick now);
+  // The effect's rectangle (when `effect`), invert, mask and fade: in one pass where the device
+  // offers it, else drawn.
+  void FinishOutput(const EffectArguments* effect, bool invert, bool mask, std::int32_t fade);
   // A full-screen rectangle in `color` with `texture`, blended `source` over `destination`.
   void DrawOutputRectangle(std::uint32_t color, TextureId texture, int source, int destination);
   // Takes finished decodes onto the device, `budget` pixels at most (a slice a frame).

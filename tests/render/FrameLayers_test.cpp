@@ -265,6 +265,7 @@ class OutputPassTest : public FrameLayersTest {
   // The largest difference of any channel of any pixel between the frame made in one pass and
   // the frame made by the rectangles.
   int OnePassAgainstRectangles() {
+    Frame();  // any new layout is made here, and both frames below keep it
     directx.FinishInOnePass = true;
     const std::vector<std::uint8_t> one = Frame();
     directx.FinishInOnePass = false;
@@ -303,6 +304,53 @@ TEST_F(OutputPassTest, TheOnePassMakesThePictureTheRectanglesMake) {
   args.Invert = false;
   args.Fade = 200;
   EXPECT_LE(OnePassAgainstRectangles(), 1) << "a mask that will not load multiplies with white both ways";
+}
+
+TEST_F(OutputPassTest, TheEffectsRectangleJoinsThePass) {
+  directx.InitializeBackground(Picture("ramp.png", 256, 4, [](int x, int) {
+    return static_cast<std::uint32_t>(x << 16 | (255 - x) << 8 | 0x80);
+  }), true, 256, 4);
+  // A picture of another size, tiled twice across rectangles laid out at random, some smaller
+  // and some larger than the output, with fractional edges.
+  directx.SetEffectTexture(Picture("effect.png", 24, 16, [](int x, int y) {
+    return static_cast<std::uint32_t>((x * 10) << 16 | (y * 15) << 8 | 0x40);
+  }));
+  args.Effect.Enabled = true;
+  args.Effect.Size = {60, 30, 0, false};
+  args.Effect.Position = {20, 10, 0, false};
+  args.Effect.TileX = 2;
+  args.Effect.Timer = 100;
+  args.Effect.Color = ProgramColor(200, 150, 255);
+  args.Invert = true;
+  args.Fade = 180;
+  for (const auto& [source, target] : {std::pair{"SRC_COLOR", "DEST_COLOR"}, std::pair{"ONE", "INV_SRC_COLOR"},
+                                       std::pair{"INV_DEST_COLOR", "SRC_COLOR"}, std::pair{"BOTH_SRC_ALPHA", "ZERO"}}) {
+    args.Effect.SourceBlend = EffectBlendCode(source, true);
+    args.Effect.TargetBlend = EffectBlendCode(target, false);
+    for (int layout = 0; layout < 3; ++layout) {
+      engine.clock.Advance(150);
+      // A step of 8 bits in the blend can be two after the inversion, whose slope is up to 2.
+      EXPECT_LE(OnePassAgainstRectangles(), 2) << source << " over " << target << ", layout " << layout;
+    }
+  }
+  directx.ResetEffectTexture();
+  EXPECT_LE(OnePassAgainstRectangles(), 2) << "without a picture, the colour alone";
+}
+
+TEST_F(OutputPassTest, AFeedbackCopyDueTakesTheEffectWithIt) {
+  // The first frame's copy is the only one: the effect's colour replaces the whole picture, and
+  // the next frame shows the copy as its background.
+  args.Background.Feedback = true;
+  args.FeedbackRate = 0;
+  args.Effect.Enabled = true;
+  args.Effect.Color = ProgramColor(255, 0, 0);
+  args.Effect.SourceBlend = EffectBlendCode("ONE", true);
+  args.Effect.TargetBlend = EffectBlendCode("ZERO", false);
+  args.Invert = true;
+  EXPECT_EQ(Centre(), 0x00FFFFu) << "red, inverted after the copy";
+  args.Effect.Enabled = false;
+  args.Invert = false;
+  EXPECT_EQ(Centre(), 0xFF0000u) << "the copy was taken after the effect, before the inversion";
 }
 
 TEST_F(FrameLayersTest, TheFeedbackCopyRunsAtItsRate) {
