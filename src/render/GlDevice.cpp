@@ -153,6 +153,8 @@ bool GlDevice::InitializeGl(std::string& error) {
   glBindVertexArray(0);
   ResetState();
   ready_ = true;
+  // Made now rather than in the first frame that wants it: a shader compiled mid-show is a stutter.
+  if (finishByCompute_) finishByCompute_ = MakeFinishProgram();
   // A fresh back buffer is black and opaque.
   for (int i = 0; i < kBackBuffers; ++i) {
     current_ = i;

@@ -131,7 +131,11 @@ class GlDevice final : public RenderDevice {
   void ApplyState(const Target& target);
   // The sampler as the current stage states set it: filters and addressing.
   void ApplySampler(const DrawState& s);
+  // Makes the output pass's program and tries it; false (and no program) when it cannot be used.
   bool MakeFinishProgram();
+  bool FinishProgramWorks();
+  void RunFinish(GLuint image, int width, int height, const OutputFinish& finish, const Texture* mask,
+                 const Texture* picture);
   void SetLightingUniforms(const Program& program, const DrawState& s);
   const Program* ProgramFor(const DrawState& state);
   // A frame that begins without a clear inherits the last frame's pixels, as a single back buffer
@@ -192,13 +196,12 @@ class GlDevice final : public RenderDevice {
   GLuint vertexArrays_[3] = {0, 0, 0};
   GLuint vertexBuffer_ = 0;
   GLuint sampler_ = 0;
-  // The output stage's compute program, made when first wanted; tried once.
+  // The output pass's compute program, made with the device where it is to be used.
   struct FinishProgram {
     GLuint name = 0;
     GLint invert = -1, mask = -1, tint = -1, size = -1;
     GLint layer = -1, layerRect = -1, layerExtent = -1, layerTextured = -1, layerColor = -1, layerBlend = -1;
   } finish_;
-  bool finishTried_ = false;
   // Whether the output stage runs as the compute pass: on a GPU, where it spares the blending
   // units two full-screen passes; not on a software renderer, which blends in its own SIMD code
   // faster than it runs compute. LUMIVANE_OUTPUT_PASS=compute or =draw chooses either way.

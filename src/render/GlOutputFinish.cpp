@@ -2,6 +2,10 @@
 // the back buffer. Drawn as blended full-screen rectangles they cost a GPU's blending units a read
 // and a write of every pixel each; the compute pass reads and writes each pixel once, through the
 // shader cores.
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
 #include "render/GlDevice.h"
 
 namespace lumivane {
@@ -96,8 +100,6 @@ bool PlainLayerState(const std::uint32_t* render, const std::uint32_t* stage) {
 }  // namespace
 
 bool GlDevice::MakeFinishProgram() {
-  if (finishTried_) return finish_.name != 0;
-  finishTried_ = true;
   // Compute shaders and image load/store came with OpenGL 4.3.
   if (epoxy_gl_version() < 43) return false;
   const GLuint shader = CompileShader(GL_COMPUTE_SHADER, kFinishSource);
@@ -123,21 +125,56 @@ bool GlDevice::MakeFinishProgram() {
   finish_.layerTextured = glGetUniformLocation(program, "layerTextured");
   finish_.layerColor = glGetUniformLocation(program, "layerColor");
   finish_.layerBlend = glGetUniformLocation(program, "layerBlend");
+  if (FinishProgramWorks()) return true;
+  glDeleteProgram(finish_.name);
+  finish_ = FinishProgram{};
+  return false;
+}
+
+// A driver that runs the pass wrongly must never reach the output: the pass is tried once on
+// known pixels (a colour rectangle blended over half of them, the inversion and a tint) and kept
+// only when it gives what the draws give, within a step of 8 bits.
+bool GlDevice::FinishProgramWorks() {
+  constexpr int kPixels = 4;
+  const std::uint8_t in[kPixels * 4] = {0, 0, 0, 255, 255, 255, 255, 255, 128, 64, 32, 255, 10, 200, 90, 255};
+  GLuint texture = 0;
+  glGenTextures(1, &texture);
+  glBindTexture(GL_TEXTURE_2D, texture);
+  glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, kPixels, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, in);
+  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+  glBindTexture(GL_TEXTURE_2D, 0);
+  OutputFinish probe;
+  // Grey 0x80 added over the two pixels on the right (ONE over ONE).
+  probe.Layer = {2, 0, 4, 1, 1, 1, 0, 0xFF808080u, 2, 2};
+  probe.Invert = true;
+  probe.Tint = 0x80FF40u;
+  RunFinish(texture, kPixels, 1, probe, nullptr, nullptr);
+  std::uint8_t out[kPixels * 4] = {};
+  glBindTexture(GL_TEXTURE_2D, texture);
+  glPixelStorei(GL_PACK_ALIGNMENT, 1);
+  glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, GL_UNSIGNED_BYTE, out);
+  glBindTexture(GL_TEXTURE_2D, 0);
+  glDeleteTextures(1, &texture);
+  const double tint[3] = {128, 255, 64};
+  for (int i = 0; i < kPixels * 4; ++i) {
+    const int channel = i % 4;
+    if (channel == 3) continue;
+    double d = in[i] / 255.0;
+    if (i / 4 >= 2) d = std::min(1.0, std::round((d + 128 / 255.0) * 255.0) / 255.0);
+    const double inverted = std::round((1.0 - d * d) * 255.0);
+    const double expected = inverted * tint[channel] / 255.0;
+    if (std::abs(out[i] - expected) > 1.0) return false;
+  }
   return true;
 }
 
-bool GlDevice::FinishOutput(const OutputFinish& finish) {
-  if (!ready_ || !finishByCompute_ || renderingToTexture_) return false;
+void GlDevice::RunFinish(GLuint image, int width, int height, const OutputFinish& finish, const Texture* mask,
+                         const Texture* picture) {
+  auto unit = [](std::uint32_t c, int shift) { return static_cast<float>((c >> shift) & 0xFF) / 255.0f; };
   const BlendedRectangle& l = finish.Layer;
   const bool layer = l.SourceBlend != 0 || l.TargetBlend != 0;
-  if (layer && !PlainLayerState(state_.render, state_.stage)) return false;
-  Flush();
-  if (!MakeFinishProgram()) return false;
-  Carry();
-  auto unit = [](std::uint32_t c, int shift) { return static_cast<float>((c >> shift) & 0xFF) / 255.0f; };
   glUseProgram(finish_.name);
   glUniform1i(finish_.layer, layer ? 1 : 0);
-  const Texture* picture = layer ? Find(l.Texture) : nullptr;
   if (layer) {
     glUniform4f(finish_.layerRect, l.Left, l.Top, l.Right, l.Bottom);
     glUniform2f(finish_.layerExtent, l.U, l.V);
@@ -146,10 +183,9 @@ bool GlDevice::FinishOutput(const OutputFinish& finish) {
     glUniform2i(finish_.layerBlend, static_cast<GLint>(l.SourceBlend), static_cast<GLint>(l.TargetBlend));
   }
   glUniform1i(finish_.invert, finish.Invert ? 1 : 0);
-  const Texture* mask = finish.Mask ? Find(finish.MaskTexture) : nullptr;
   glUniform1i(finish_.mask, mask != nullptr ? 1 : 0);
   glUniform3f(finish_.tint, unit(finish.Tint, 16), unit(finish.Tint, 8), unit(finish.Tint, 0));
-  glUniform2i(finish_.size, width_, height_);
+  glUniform2i(finish_.size, width, height);
   // Both pictures are read as the stage's sampler reads them.
   ApplySampler(state_);
   glBindSampler(1, sampler_);
@@ -157,10 +193,10 @@ bool GlDevice::FinishOutput(const OutputFinish& finish) {
   glBindTexture(GL_TEXTURE_2D, picture != nullptr ? picture->name : 0);
   glActiveTexture(GL_TEXTURE0);
   glBindTexture(GL_TEXTURE_2D, mask != nullptr ? mask->name : 0);
-  glBindImageTexture(0, backBufferTextures_[current_], 0, GL_FALSE, 0, GL_READ_WRITE, GL_RGBA8);
-  glDispatchCompute(static_cast<GLuint>((width_ + kGroupWidth - 1) / kGroupWidth),
-                    static_cast<GLuint>((height_ + kGroupHeight - 1) / kGroupHeight), 1);
-  // Whatever reads the back buffer next (draws, copies, read back, the window) sees the stores.
+  glBindImageTexture(0, image, 0, GL_FALSE, 0, GL_READ_WRITE, GL_RGBA8);
+  glDispatchCompute(static_cast<GLuint>((width + kGroupWidth - 1) / kGroupWidth),
+                    static_cast<GLuint>((height + kGroupHeight - 1) / kGroupHeight), 1);
+  // Whatever reads the picture next (draws, copies, read back, the window) sees the stores.
   glMemoryBarrier(GL_FRAMEBUFFER_BARRIER_BIT | GL_TEXTURE_FETCH_BARRIER_BIT | GL_TEXTURE_UPDATE_BARRIER_BIT |
                   GL_PIXEL_BUFFER_BARRIER_BIT | GL_SHADER_IMAGE_ACCESS_BARRIER_BIT);
   glBindImageTexture(0, 0, 0, GL_FALSE, 0, GL_READ_WRITE, GL_RGBA8);
@@ -169,6 +205,17 @@ bool GlDevice::FinishOutput(const OutputFinish& finish) {
   glBindSampler(1, 0);
   glActiveTexture(GL_TEXTURE0);
   glStateValid_ = false;
+}
+
+bool GlDevice::FinishOutput(const OutputFinish& finish) {
+  if (!ready_ || !finishByCompute_ || renderingToTexture_) return false;
+  const BlendedRectangle& l = finish.Layer;
+  const bool layer = l.SourceBlend != 0 || l.TargetBlend != 0;
+  if (layer && !PlainLayerState(state_.render, state_.stage)) return false;
+  Flush();
+  Carry();
+  RunFinish(backBufferTextures_[current_], width_, height_, finish, finish.Mask ? Find(finish.MaskTexture) : nullptr,
+            layer ? Find(l.Texture) : nullptr);
   return true;
 }
 
