@@ -1,5 +1,6 @@
 #pragma once
-// The OpenGL 3.3 core device: on an EGL context without a surface (headless), or on a window's.
+// The OpenGL 3.3 core device (4.3 compute for the output pass where offered): on an EGL context
+// without a surface (headless), or on a window's.
 // Internal to the render library; everything else sees RenderDevice.
 
 #include <epoxy/egl.h>

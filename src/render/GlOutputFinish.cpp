@@ -4,7 +4,6 @@
 // shader cores.
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 
 #include "render/GlDevice.h"
 
@@ -12,6 +11,7 @@ namespace lumivane {
 
 namespace {
 
+// The shader's local size below.
 constexpr int kGroupWidth = 16, kGroupHeight = 8;
 
 const char* const kFinishSource = R"(#version 430 core
