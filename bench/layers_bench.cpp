@@ -3,7 +3,6 @@
 // frames against their median.
 #include <benchmark/benchmark.h>
 
-#include <QGuiApplication>
 #include <QImage>
 #include <QTemporaryDir>
 #include <algorithm>
@@ -203,12 +202,3 @@ BENCHMARK(BM_SwitchToNewPictures)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)
 
 }  // namespace
 }  // namespace lumivane
-
-int main(int argc, char** argv) {
-  qputenv("QT_QPA_PLATFORM", "offscreen");
-  QGuiApplication app(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
-}

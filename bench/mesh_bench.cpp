@@ -2,7 +2,6 @@
 // rebuilt when its string or font changes.
 #include <benchmark/benchmark.h>
 
-#include <QGuiApplication>
 #include <string>
 
 #include "render/TextMesh.h"
@@ -33,13 +32,3 @@ BENCHMARK_CAPTURE(BM_BuildTextMesh, bold_12, "DejaVu Sans", std::string("0000000
 
 }  // namespace
 }  // namespace lumivane
-
-// Fonts need the application object; offscreen, so no display is needed.
-int main(int argc, char** argv) {
-  qputenv("QT_QPA_PLATFORM", "offscreen");
-  QGuiApplication app(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
-}

@@ -13,7 +13,6 @@
 #include <QSlider>
 #include <QTemporaryDir>
 #include <QThreadPool>
-#include <stdexcept>
 
 #include "core/frmBackgrounds.h"
 #include "core/frmMain.h"
@@ -51,11 +50,7 @@ class BackgroundsWindowTest : public ::testing::Test, protected test::EngineFixt
   std::vector<std::string> sent;
 
   template <class W>
-  W* Find(const char* name) {
-    W* w = window->findChild<W*>(QString::fromLatin1(name));
-    if (w == nullptr) throw std::runtime_error(name);
-    return w;
-  }
+  W* Find(const char* name) { return test::Child<W>(*window, name); }
   QListWidget* List() { return window->Pictures(); }
 
   // Every picture reads as 640 x 360 without touching the disk.
@@ -73,11 +68,7 @@ class BackgroundsWindowTest : public ::testing::Test, protected test::EngineFixt
     window->show();
     QApplication::processEvents();
   }
-  void TearDown() override {
-    window.reset();
-    QThreadPool::globalInstance()->waitForDone();
-    QApplication::processEvents();
-  }
+  void TearDown() override { test::CloseWindow(window); }
 
   std::string Path(const char* name) const { return dir.filePath(QString::fromLatin1(name)).toStdString(); }
   std::string WritePicture(const char* name, QColor colour) {

@@ -11,7 +11,6 @@
 #include <QTemporaryDir>
 #include <QThreadPool>
 #include <QTimer>
-#include <stdexcept>
 
 #include "support/QtWait.h"
 
@@ -38,11 +37,7 @@ class EffectsWindowTest : public ::testing::Test {
   int grabs = 0;
 
   template <class W>
-  W* Find(const char* name) {
-    W* w = window->findChild<W*>(QString::fromLatin1(name));
-    if (w == nullptr) throw std::runtime_error(name);
-    return w;
-  }
+  W* Find(const char* name) { return test::Child<W>(*window, name); }
 
   void SetUp() override {
     ASSERT_TRUE(dir.isValid());
@@ -50,11 +45,7 @@ class EffectsWindowTest : public ::testing::Test {
     window->show();
     QApplication::processEvents();
   }
-  void TearDown() override {
-    window.reset();
-    QThreadPool::globalInstance()->waitForDone();
-    QApplication::processEvents();
-  }
+  void TearDown() override { test::CloseWindow(window); }
 
   void GrabGreen() {
     window->GrabEffect = [this] {
