@@ -8,8 +8,8 @@
 #include "core/ControlModel.h"
 #include "core/EngineContext.h"
 #include "core/RandomSource.h"
-#include "core/RenderTimer.h"
-#include "core/clsText.h"
+#include "forms/RenderTimer.h"
+#include "core/TextEngine.h"
 
 namespace lumivane {
 namespace {
@@ -69,7 +69,7 @@ struct TextListFixture {
   FakeClock clock{1000};
   SeededRandom random{1};
   EngineContext context{clock, random};
-  clsText text{context};
+  TextEngine text{context};
   explicit TextListFixture(int count) {
     for (int i = 0; i < count; ++i) {
       TextObject t = NewTextObject(TextFont{"DejaVu Sans", 12.0f});
@@ -93,17 +93,17 @@ void RunAccessor(benchmark::State& state, Read read) {
 }
 
 void BM_RenderGetCurrentText(benchmark::State& state) {
-  RunAccessor(state, [](const clsText& t, std::int32_t i) { return t.RenderGetCurrentText(i).data(); });
+  RunAccessor(state, [](const TextEngine& t, std::int32_t i) { return t.RenderGetCurrentText(i).data(); });
 }
 BENCHMARK(BM_RenderGetCurrentText);
 
 void BM_RenderGetDXTextColor(benchmark::State& state) {
-  RunAccessor(state, [](const clsText& t, std::int32_t i) { return t.RenderGetDXTextColor(i); });
+  RunAccessor(state, [](const TextEngine& t, std::int32_t i) { return t.RenderGetDXTextColor(i); });
 }
 BENCHMARK(BM_RenderGetDXTextColor);
 
 void BM_RenderGetClip(benchmark::State& state) {
-  RunAccessor(state, [](const clsText& t, std::int32_t i) { return t.RenderGetClip(i); });
+  RunAccessor(state, [](const TextEngine& t, std::int32_t i) { return t.RenderGetClip(i); });
 }
 BENCHMARK(BM_RenderGetClip);
 

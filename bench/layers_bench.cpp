@@ -13,14 +13,15 @@
 #include <string>
 #include <vector>
 
-#include "core/MsgBox.h"
+#include "forms/MsgBox.h"
 #include "core/Stopwatch.h"
-#include "core/frmBackgrounds.h"
-#include "core/frmEffects.h"
-#include "core/frmMain.h"
+#include "forms/BackgroundsForm.h"
+#include "forms/EffectsForm.h"
+#include "forms/MainForm.h"
+#include "forms/ReadFrameArguments.h"
 #include "persistence/ShowFile.h"
-#include "render/OutputForms.h"
-#include "render/clsDirectx.h"
+#include "forms/OutputForms.h"
+#include "render/FrameRenderer.h"
 #include "../tests/support/EngineFixture.h"
 
 namespace lumivane {
@@ -51,19 +52,19 @@ std::string Photo(const QTemporaryDir& folder, int n) {
 struct Output {
   test::EngineFixture engine;
   std::unique_ptr<RenderDevice> device;
-  clsDirectx directx{engine.text};
+  FrameRenderer renderer{engine.text};
   RenderDevice::FrameSink discard = [](const std::uint8_t*, std::ptrdiff_t) {};
   int presented = 0;
 
   Output(benchmark::State& state, bool readBack = true) {
     std::string error;
     device = CreateHeadlessDevice(kWidth, kHeight, error);
-    if (!device || !directx.Initialize(device.get(), "", error)) {
+    if (!device || !renderer.Initialize(device.get(), "", error)) {
       state.SkipWithError(error.c_str());
       return;
     }
     state.SetLabel(device->Renderer());
-    directx.Present = [this, readBack] {
+    renderer.Present = [this, readBack] {
       if (readBack) {
         device->QueueReadBack();
         device->TakeReadBack(discard);
@@ -72,7 +73,7 @@ struct Output {
       }
     };
   }
-  ~Output() { directx.Destroy(); }
+  ~Output() { renderer.Destroy(); }
 };
 
 // Every pass of the frame on: a picture with random tint, placement and size, the effect layer
@@ -82,9 +83,9 @@ void BM_EveryPass(benchmark::State& state) {
   if (!out.device) return;
   QTemporaryDir folder;
   const std::string photo = Photo(folder, 0);
-  out.directx.WaitForImages = true;
-  out.directx.InitializeBackground(photo, true, kWidth, kHeight);
-  out.directx.CreateMaskTexture(photo);
+  out.renderer.WaitForImages = true;
+  out.renderer.InitializeBackground(photo, true, kWidth, kHeight);
+  out.renderer.CreateMaskTexture(photo);
   FrameArguments args;
   args.Text.BackBufferWidth = kWidth;
   args.Text.BackBufferHeight = kHeight;
@@ -103,7 +104,7 @@ void BM_EveryPass(benchmark::State& state) {
   out.engine.AddText("LUMIVANE 000000");
   for (auto _ : state) {
     out.engine.clock.Advance(16);
-    out.directx.RenderFrame(args);
+    out.renderer.RenderFrame(args);
   }
   state.counters["fps"] = benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
 }
@@ -120,13 +121,13 @@ void BM_DemoShow(benchmark::State& state) {
   Output out(state, state.range(1) == 1);
   if (!out.device) return;
   ControlModel model;
-  frmMain main(model, out.engine.text, quiet);
-  frmBackgrounds backgrounds(model, quiet, main.BackgroundColor);
-  frmEffects effects(model);
+  MainForm main(model, out.engine.text, quiet);
+  BackgroundsForm backgrounds(model, quiet, main.BackgroundColor);
+  EffectsForm effects(model);
   main.BackBufferWidth = kWidth;
   main.BackBufferHeight = kHeight;
-  out.directx.WaitForImages = true;
-  ConnectOutputForms(main, backgrounds, effects, [&out]() -> clsDirectx* { return &out.directx; });
+  out.renderer.WaitForImages = true;
+  ConnectOutputForms(main, backgrounds, effects, [&out]() -> FrameRenderer* { return &out.renderer; });
   ShowFile show(main);
   std::string error;
   // LUMIVANE_BENCH_SHOW plays another show the same way (those bench/make_*_show.sh write).
@@ -137,17 +138,17 @@ void BM_DemoShow(benchmark::State& state) {
     return;
   }
   if (state.range(0) == 1) {
-    const frmBackgrounds::Controls& c = backgrounds.C();
+    const BackgroundsForm::Controls& c = backgrounds.C();
     model.SetValue(c.cmdFeedBack, 1);
     model.SetValue(c.cmdEnableMask, 1);
     model.SetValue(c.chkInvertOutput, 1);
     model.SetValue(effects.C().chkCaptureEffect, 1);
     model.SetText(c.txtTimerInterval, "400");
   }
-  AttachOutput(out.directx, backgrounds, effects);
+  AttachOutput(out.renderer, backgrounds, effects);
   for (auto _ : state) {
     out.engine.clock.Advance(16);
-    out.directx.RenderFrame(ReadFrameArguments(main));
+    out.renderer.RenderFrame(ReadFrameArguments(main));
   }
   state.counters["fps"] = benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
 }
@@ -174,21 +175,21 @@ void BM_SwitchToNewPictures(benchmark::State& state) {
   int sent = 0;
   for (auto _ : state) {
     // A fresh list each round: every picture is new to the output.
-    out.directx.ResetBackGrounds();
+    out.renderer.ResetBackGrounds();
     for (int frame = 0; frame < 240; ++frame) {
       out.engine.clock.Advance(16);
       // The send is the operator's, on the same thread as the frames: it is timed with them.
       Stopwatch watch;
       if (frame % 30 == 0 && (sends || frame == 0)) {
-        out.directx.InitializeBackground(photos[static_cast<std::size_t>(sent % 8)], true, kWidth, kHeight);
+        out.renderer.InitializeBackground(photos[static_cast<std::size_t>(sent % 8)], true, kWidth, kHeight);
         ++sent;
       }
-      out.directx.RenderFrame(args);
+      out.renderer.RenderFrame(args);
       const std::int64_t ns = watch.ElapsedNs();
       frameMs.push_back(static_cast<double>(ns) / 1e6);
       if (ns < 16'666'667) std::this_thread::sleep_for(std::chrono::nanoseconds(16'666'667 - ns));
     }
-    out.directx.FinishImages();
+    out.renderer.FinishImages();
   }
   std::sort(frameMs.begin(), frameMs.end());
   const double median = frameMs[frameMs.size() / 2], longest = frameMs.back();

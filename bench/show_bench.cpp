@@ -7,10 +7,10 @@
 #include "core/Clock.h"
 #include "core/ControlModel.h"
 #include "core/EngineContext.h"
-#include "core/MsgBox.h"
+#include "forms/MsgBox.h"
 #include "core/RandomSource.h"
-#include "core/clsText.h"
-#include "core/frmMain.h"
+#include "core/TextEngine.h"
+#include "forms/MainForm.h"
 #include "persistence/ShowFile.h"
 
 namespace lumivane {
@@ -26,9 +26,9 @@ struct Program {
   SeededRandom random{1};
   EngineContext context{clock, random};
   ControlModel model;
-  clsText text{context};
+  TextEngine text{context};
   QuietMsgBox msg;
-  frmMain form{model, text, msg};
+  MainForm form{model, text, msg};
   ShowFile show{form};
 };
 

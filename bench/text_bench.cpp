@@ -9,7 +9,7 @@
 #include "core/Clock.h"
 #include "core/EngineContext.h"
 #include "core/RandomSource.h"
-#include "core/clsText.h"
+#include "core/TextEngine.h"
 
 // Counts every allocation of the process, so a benchmark can show that a loop allocates nothing.
 namespace {
@@ -30,7 +30,7 @@ struct Engine {
   FakeClock clock{1000};
   SeededRandom random{1};
   EngineContext context{clock, random};
-  clsText text{context};
+  TextEngine text{context};
   TextFrameInput input;
 };
 

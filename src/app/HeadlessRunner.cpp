@@ -14,20 +14,21 @@
 #include "core/Clock.h"
 #include "core/ControlModel.h"
 #include "core/EngineContext.h"
-#include "core/MsgBox.h"
+#include "forms/MsgBox.h"
 #include "core/RandomSource.h"
-#include "core/RenderTimer.h"
+#include "forms/RenderTimer.h"
 #include "core/Stopwatch.h"
 #include "core/TextPass.h"
-#include "core/clsText.h"
+#include "core/TextEngine.h"
 #include "core/Color.h"
-#include "core/frmBackgrounds.h"
-#include "core/frmEffects.h"
-#include "core/frmMain.h"
+#include "forms/BackgroundsForm.h"
+#include "forms/EffectsForm.h"
+#include "forms/MainForm.h"
+#include "forms/ReadFrameArguments.h"
 #include "render/FrameImage.h"
-#include "render/OutputForms.h"
+#include "forms/OutputForms.h"
 #include "render/RenderDevice.h"
-#include "render/clsDirectx.h"
+#include "render/FrameRenderer.h"
 #include "media/VideoFileWriter.h"
 #include "persistence/ShowFile.h"
 
@@ -96,22 +97,22 @@ void PrintStats(std::ostream& out, std::vector<std::int64_t> frameNs, std::int64
 struct HeadlessSession::State {
   State(const AppOptions& o, std::ostream& err)
       : clock(o.fps), random(o.seed), context{clock, random}, text(context), msgBox(err), main(model, text, msgBox),
-        backgrounds(model, msgBox, main.BackgroundColor), effects(model), timer(clock, {}), directx(text) {}
+        backgrounds(model, msgBox, main.BackgroundColor), effects(model), timer(clock, {}), renderer(text) {}
   VirtualClock clock;
   SeededRandom random;
   EngineContext context;
   ControlModel model;
-  clsText text;
+  TextEngine text;
   HeadlessMsgBox msgBox;
-  frmMain main;
-  frmBackgrounds backgrounds;
-  frmEffects effects;
+  MainForm main;
+  BackgroundsForm backgrounds;
+  EffectsForm effects;
   RenderTimer timer;
   std::ostream* textLog = nullptr;
   std::string line;
   // With --out: the device, the frames' destination and the frame being delivered.
   std::unique_ptr<RenderDevice> device;
-  clsDirectx directx;
+  FrameRenderer renderer;
   std::string out;
   std::string appFolder;
   std::int64_t framesOut = 0;
@@ -160,21 +161,21 @@ HeadlessSession::HeadlessSession(const AppOptions& options, std::ostream& err)
   s.main.BackBufferHeight = options.height;
   s.appFolder = options.appFolder;
   s.sink = [&s](const std::uint8_t* top, std::ptrdiff_t stride) { s.Deliver(top, stride); };
-  s.directx.TextDrawn = [&s](std::int32_t index, std::int32_t copy, const TextFrame& frame) {
+  s.renderer.TextDrawn = [&s](std::int32_t index, std::int32_t copy, const TextFrame& frame) {
     s.LogText(index, copy, frame);
   };
-  s.directx.Present = [&s] {
+  s.renderer.Present = [&s] {
     if (!s.device) return;
     // The frame before this one is ready now: its read back ran while this one was drawn.
     s.device->QueueReadBack();
     s.device->TakeReadBack(s.sink);
   };
-  s.main.RenderFrame = [&s] { s.directx.RenderFrame(ReadFrameArguments(s.main)); };
+  s.main.RenderFrame = [&s] { s.renderer.RenderFrame(ReadFrameArguments(s.main)); };
   // A render from a file is the same every time: no frame goes out without the models and
   // pictures it shows.
-  s.directx.WaitForModels = true;
-  s.directx.WaitForImages = true;
-  ConnectOutputForms(s.main, s.backgrounds, s.effects, [&s]() -> clsDirectx* { return s.device ? &s.directx : nullptr; });
+  s.renderer.WaitForModels = true;
+  s.renderer.WaitForImages = true;
+  ConnectOutputForms(s.main, s.backgrounds, s.effects, [&s]() -> FrameRenderer* { return s.device ? &s.renderer : nullptr; });
   RenderTimer::Hooks hooks;
   hooks.render = [&s] { s.main.Render(); };
   s.timer.SetHooks(std::move(hooks));
@@ -194,13 +195,13 @@ bool HeadlessSession::OpenOutput(const std::string& out, int width, int height, 
   }
   State& s = *state_;
   s.device = CreateHeadlessDevice(width, height, error);
-  if (!s.device || !s.directx.Initialize(s.device.get(), s.appFolder, error)) {
-    s.directx.Destroy();
+  if (!s.device || !s.renderer.Initialize(s.device.get(), s.appFolder, error)) {
+    s.renderer.Destroy();
     s.device.reset();
     error = "Error initializing OpenGL. " + error;
     return false;
   }
-  AttachOutput(s.directx, s.backgrounds, s.effects);
+  AttachOutput(s.renderer, s.backgrounds, s.effects);
   s.out = out;
   if (IsVideo(out) && !s.video.Open(out, width, height, fps, error)) return false;
   return true;
@@ -222,10 +223,10 @@ bool HeadlessSession::LoadShow(const std::string& path, std::string& error) {
   return show.EngineFileLoad(path, error);
 }
 
-frmMain& HeadlessSession::Main() { return state_->main; }
-clsText& HeadlessSession::Text() { return state_->text; }
+MainForm& HeadlessSession::Main() { return state_->main; }
+TextEngine& HeadlessSession::Text() { return state_->text; }
 ControlModel& HeadlessSession::Model() { return state_->model; }
-clsDirectx& HeadlessSession::Directx() { return state_->directx; }
+FrameRenderer& HeadlessSession::Renderer() { return state_->renderer; }
 
 std::vector<std::int64_t> HeadlessSession::Play(std::int64_t frames, std::ostream* textLog, bool timeFrames) {
   State& s = *state_;

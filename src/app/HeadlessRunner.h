@@ -9,10 +9,10 @@
 namespace lumivane {
 
 struct AppOptions;
-class clsDirectx;
+class FrameRenderer;
 class ControlModel;
-class clsText;
-class frmMain;
+class TextEngine;
+class MainForm;
 
 // A show played without any window, on the virtual clock and the seeded random source, through
 // the same frame path as the output window.
@@ -31,10 +31,10 @@ class HeadlessSession {
   // Delivers the last frame still on its way; false with the reason when a frame was not written.
   bool FinishOutput(std::string& error);
 
-  frmMain& Main();
-  clsText& Text();
+  MainForm& Main();
+  TextEngine& Text();
   ControlModel& Model();
-  clsDirectx& Directx();
+  FrameRenderer& Renderer();
 
   // Plays frames 0 to frames-1. With `textLog`, writes one line per drawn text per frame:
   // frame, ms, text index, copy, string, tab-separated, CR LF written as the two characters \n.

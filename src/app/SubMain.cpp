@@ -31,32 +31,33 @@
 #include "core/EngineContext.h"
 #include "core/RandomSource.h"
 #include "core/TextPass.h"
-#include "core/clsText.h"
-#include "core/OutputClones.h"
-#include "core/frmMain.h"
-#include "core/frm3DShape.h"
-#include "core/frmBackgrounds.h"
-#include "core/frmEffects.h"
-#include "core/frmOutputConfiguration.h"
+#include "core/TextEngine.h"
+#include "forms/OutputClones.h"
+#include "forms/MainForm.h"
+#include "forms/ReadFrameArguments.h"
+#include "forms/Shape3DForm.h"
+#include "forms/BackgroundsForm.h"
+#include "forms/EffectsForm.h"
+#include "forms/OutputConfigurationForm.h"
 #include "persistence/ShowFile.h"
 #include "persistence/UIPositionFile.h"
 #include "render/FrameImage.h"
 #include "render/MeshImport.h"
 #include "render/RenderDevice.h"
-#include "render/OutputForms.h"
-#include "render/clsDirectx.h"
+#include "forms/OutputForms.h"
+#include "render/FrameRenderer.h"
 #include "lumivane/Version.h"
 #include "shell/FileMenu.h"
 #include "shell/FocusTracker.h"
 #include "shell/CloneDisplay.h"
 #include "shell/MainWindow.h"
-#include "shell/frm3DShapeWindow.h"
-#include "shell/frmBackgroundsWindow.h"
-#include "shell/frmEffectsWindow.h"
-#include "shell/frmOutputConfigurationWindow.h"
-#include "shell/frmDisplay.h"
-#include "shell/frmMsgBox.h"
-#include "shell/frmSplash.h"
+#include "shell/Shape3DWindow.h"
+#include "shell/BackgroundsWindow.h"
+#include "shell/EffectsWindow.h"
+#include "shell/OutputConfigurationWindow.h"
+#include "shell/OutputDisplay.h"
+#include "shell/MessageWindow.h"
+#include "shell/SplashWindow.h"
 
 namespace lumivane {
 
@@ -91,7 +92,7 @@ void QuitOnSignals(const std::function<void()>& quit) {
 // announced.
 class StartupCommandTarget final : public CommandLineTarget {
  public:
-  StartupCommandTarget(frmMain& form, frmSplash& splash) : form_(form), splash_(splash) {}
+  StartupCommandTarget(MainForm& form, SplashWindow& splash) : form_(form), splash_(splash) {}
   void ShowStatus(std::string_view status) override { splash_.SetStatus(QString::fromUtf8(status.data(), status.size())); }
   void LoadPlayList(const std::string&) override {}
   void LoadPreset(int) override {}
@@ -110,8 +111,8 @@ class StartupCommandTarget final : public CommandLineTarget {
   }
 
  private:
-  frmMain& form_;
-  frmSplash& splash_;
+  MainForm& form_;
+  SplashWindow& splash_;
 };
 
 }  // namespace
@@ -135,19 +136,19 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
   random.ReseedFromClock(clock);
   EngineContext context{clock, random};
   ControlModel model;
-  clsText text(context);
-  frmMsgBox msgBox;
-  frmMain form(model, text, msgBox);
+  TextEngine text(context);
+  MessageWindow msgBox;
+  MainForm form(model, text, msgBox);
   FocusTracker focus(model);
   form.ScreenshotFolder = applicationFolder + "/Screenshots";
   // The texts step in every frame; their markers in the pane show what they say. The output
   // window holds the render object while playback runs.
-  QPointer<frmDisplay> display;
+  QPointer<OutputDisplay> display;
   TextPass idleTexts;
   form.RenderFrame = [&] {
     const FrameArguments args = ReadFrameArguments(form);
-    if (clsDirectx* directx = display && form.OutputDevice() != nullptr ? display->Directx() : nullptr)
-      directx->RenderFrame(args);
+    if (FrameRenderer* renderer = display && form.OutputDevice() != nullptr ? display->Renderer() : nullptr)
+      renderer->RenderFrame(args);
     else
       idleTexts.RunAll(text, args.Text, {});
   };
@@ -191,7 +192,7 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
     if (form.CountingDown() || form.Paused()) QThread::msleep(1);
   };
   // Clone outputs: further windows drawn by the output's context with the finished frame.
-  frmOutputConfiguration outputConfiguration(model);
+  OutputConfigurationForm outputConfiguration(model);
   OutputClones clones(outputConfiguration);
   clones.ApplicationFolder = applicationFolder;
   ConnectClonePositions(clones, [&log](const std::string& failure) {
@@ -219,16 +220,16 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
   form.Clones = &clones;
   // The text boxes of the running output follow the texts' list.
   form.AfterTextRemoved = [&display](std::int32_t index) {
-    if (clsDirectx* directx = display ? display->Directx() : nullptr) directx->TextBoxRemove(index);
+    if (FrameRenderer* renderer = display ? display->Renderer() : nullptr) renderer->TextBoxRemove(index);
   };
   form.AfterZOrder = [&display](std::int32_t index, bool toBack) {
-    if (clsDirectx* directx = display ? display->Directx() : nullptr) directx->TextFrameZOrder(index, toBack);
+    if (FrameRenderer* renderer = display ? display->Renderer() : nullptr) renderer->TextFrameZOrder(index, toBack);
   };
   // The background and effect layers: their forms reach the output while one runs.
-  frmBackgrounds backgroundForm(model, msgBox, form.BackgroundColor);
-  frmEffects effectForm(model);
-  ConnectOutputForms(form, backgroundForm, effectForm, [&display]() -> clsDirectx* { return display ? display->Directx() : nullptr; });
-  frm3DShape shapeForm(model, form);
+  BackgroundsForm backgroundForm(model, msgBox, form.BackgroundColor);
+  EffectsForm effectForm(model);
+  ConnectOutputForms(form, backgroundForm, effectForm, [&display]() -> FrameRenderer* { return display ? display->Renderer() : nullptr; });
+  Shape3DForm shapeForm(model, form);
   // A model the operator picked is read on a thread of its own while frames go on; the form shows
   // what was read (or why not). The output reads the file again for itself, off its frame path.
   shapeForm.LoadMesh = [&form](const std::string& file) {
@@ -241,14 +242,14 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
   };
 
   form.CreateOutputWindow = [&form, &text, &display, &applicationFolder, &clones]() -> std::unique_ptr<OutputWindow> {
-    auto* window = new frmDisplay(text, applicationFolder);
+    auto* window = new OutputDisplay(text, applicationFolder);
     window->IdentifyNumber = [&clones] { return clones.MainIdentifyNumber(); };
     display = window;
     // What a key does may close this very window: hand it on after the key's event is done.
-    QObject::connect(window, &frmDisplay::KeyCommand, qApp, [&form](OutputKey key) {
+    QObject::connect(window, &OutputDisplay::KeyCommand, qApp, [&form](OutputKey key) {
       QMetaObject::invokeMethod(qApp, [&form, key] { form.HotKey(key); }, Qt::QueuedConnection);
     });
-    QObject::connect(window, &frmDisplay::CloseRequested, qApp, [&form] {
+    QObject::connect(window, &OutputDisplay::CloseRequested, qApp, [&form] {
       QMetaObject::invokeMethod(qApp, [&form] { form.HotKey(OutputKey::Stop); }, Qt::QueuedConnection);
     });
     QObject::connect(&window->TimerRender(), &QTimer::timeout, qApp, [&form] { form.TimerRender(); });
@@ -270,7 +271,7 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
   // 1. The colour scheme comes from the settings once schemes exist.
   QCoreApplication::processEvents();
   // 2.
-  frmSplash splash;
+  SplashWindow splash;
   splash.Initialize();
   splash.show();
   splash.SetStatus(QStringLiteral("Starting Lumivane"));
@@ -279,27 +280,27 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
     if (RenderDevice* device = form.OutputDevice()) window.ShowPreview(ReadFrameImage(*device));
   };
   FileMenu fileMenu(window, form, show, msgBox, QString::fromStdString(applicationFolder));
-  frmOutputConfigurationWindow outputWindow(outputConfiguration);
+  OutputConfigurationWindow outputWindow(outputConfiguration);
   QMenu* outputMenu = window.menuBar()->addMenu(QObject::tr("&Output"));
   QObject::connect(outputMenu->addAction(QObject::tr("Output &Configuration...")), &QAction::triggered, [&outputWindow] {
     outputWindow.show();
     outputWindow.raise();
   });
   // The layers: the background pictures with the look and output stage, and the effect.
-  frmBackgroundsWindow backgroundsWindow(backgroundForm);
+  BackgroundsWindow backgroundsWindow(backgroundForm);
   backgroundsWindow.PictureFolder = QString::fromStdString(applicationFolder + "/Backgrounds");
-  frmEffectsWindow effectsWindow(effectForm);
+  EffectsWindow effectsWindow(effectForm);
   effectsWindow.PictureFolder = QString::fromStdString(applicationFolder + "/Effects");
   effectsWindow.GrabEffect = [&display]() -> QImage {
-    clsDirectx* directx = display ? display->Directx() : nullptr;
+    FrameRenderer* renderer = display ? display->Renderer() : nullptr;
     RenderDevice* device = display ? display->Device() : nullptr;
     TextureDesc desc;
     // Outside a frame the output's context must be made current first.
-    if (directx == nullptr || device == nullptr || !display->BeginFrame() ||
-        !device->GetDesc(directx->GetEffectTexture(), desc))
+    if (renderer == nullptr || device == nullptr || !display->BeginFrame() ||
+        !device->GetDesc(renderer->GetEffectTexture(), desc))
       return {};
     QImage picture;
-    device->ReadTexture(directx->GetEffectTexture(), [&](const std::uint8_t* top, std::ptrdiff_t stride) {
+    device->ReadTexture(renderer->GetEffectTexture(), [&](const std::uint8_t* top, std::ptrdiff_t stride) {
       picture = FrameToImage(top, stride, desc.Width, desc.Height);
     });
     return picture;
@@ -317,7 +318,7 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
     effectsWindow.show();
     effectsWindow.raise();
   });
-  frm3DShapeWindow shapeWindow(shapeForm);
+  Shape3DWindow shapeWindow(shapeForm);
   shapeWindow.MeshFolder = QString::fromStdString(applicationFolder);
   shapeWindow.PictureFolder = QString::fromStdString(applicationFolder);
   QMenu* textMenu = window.menuBar()->addMenu(QObject::tr("&Text"));
@@ -326,8 +327,8 @@ int SubMain(int& argc, char** argv, const AppOptions& options) {
     shapeWindow.raise();
   });
   QObject::connect(outputMenu->addAction(QObject::tr("&Device Information")), &QAction::triggered, [&] {
-    clsDirectx* directx = display ? display->Directx() : nullptr;
-    msgBox.Show(directx != nullptr ? directx->GetDevicePropertyInfo()
+    FrameRenderer* renderer = display ? display->Renderer() : nullptr;
+    msgBox.Show(renderer != nullptr ? renderer->GetDevicePropertyInfo()
                                    : std::string("The device is made when playback starts."),
                 MsgBox::OKOnly);
   });

@@ -8,7 +8,7 @@
 #include "core/RandomSource.h"
 #include "core/TextCase.h"
 #include "core/TextGenerators.h"
-#include "core/clsText.h"
+#include "core/TextEngine.h"
 
 namespace lumivane {
 
@@ -77,7 +77,7 @@ std::vector<std::u32string> CutLine(const std::u32string& line, std::size_t widt
 
 }  // namespace
 
-const clsText::DictionaryCacheEntry& clsText::CachedDictionary(const TextObject& t, bool force) {
+const TextEngine::DictionaryCacheEntry& TextEngine::CachedDictionary(const TextObject& t, bool force) {
   const std::int32_t pieceLength = t.Binary ? std::max(1, t.WordLength) : 0;
   auto it = std::find_if(dictionaryCache_.begin(), dictionaryCache_.end(), [&](const DictionaryCacheEntry& e) {
     return e.FileName == t.FileName && e.Binary == t.Binary && e.PieceLength == pieceLength;
@@ -107,7 +107,7 @@ const clsText::DictionaryCacheEntry& clsText::CachedDictionary(const TextObject&
   return dictionaryCache_.back();
 }
 
-void clsText::PreviewLoadDictionary(std::int32_t index, bool force) {
+void TextEngine::PreviewLoadDictionary(std::int32_t index, bool force) {
   TextObject* t = At(Current(), index);
   if (t == nullptr || t->FileName.empty()) return;
   BusyScope busy(*this);
@@ -144,7 +144,7 @@ void clsText::PreviewLoadDictionary(std::int32_t index, bool force) {
   t->DictionaryWords = StringList(std::move(words));
 }
 
-void clsText::PreviewResetDictionaryCounter(std::int32_t index) {
+void TextEngine::PreviewResetDictionaryCounter(std::int32_t index) {
   TextObject* t = At(Current(), index);
   if (t == nullptr) return;
   Counter& c = t->DictionaryCounter;

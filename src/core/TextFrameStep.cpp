@@ -6,7 +6,7 @@
 #include "core/StringOps.h"
 #include "core/TextGenerators.h"
 #include "core/TimeScale.h"
-#include "core/clsText.h"
+#include "core/TextEngine.h"
 
 namespace lumivane {
 
@@ -36,7 +36,7 @@ void PulseOffset(Counter& c, double amplitude, double divisor, float timeScale, 
 
 }  // namespace
 
-TextFrame clsText::TextFrameStep(std::int32_t index, std::int32_t particleIndex, const TextFrameInput& input) {
+TextFrame TextEngine::TextFrameStep(std::int32_t index, std::int32_t particleIndex, const TextFrameInput& input) {
   TextFrame frame;
   TextObject* tp = At(LiveTexts, index);
   if (tp == nullptr) return frame;
@@ -149,7 +149,7 @@ TextFrame clsText::TextFrameStep(std::int32_t index, std::int32_t particleIndex,
     const auto c = static_cast<std::uint32_t>(t.Color);
     double channel[3] = {static_cast<double>(c & 0xFF), static_cast<double>((c >> 8) & 0xFF),
                          static_cast<double>((c >> 16) & 0xFF)};
-    const double colourRange = std::abs(t.RadomizeColor);
+    const double colourRange = std::abs(t.RandomizeColor);
     const double s = Sign(random);
     if (!t.PulseFontColor) {
       for (double& ch : channel) ch += s * random.Rnd() * colourRange;
@@ -184,7 +184,7 @@ TextFrame clsText::TextFrameStep(std::int32_t index, std::int32_t particleIndex,
     shown = t.CurrentText;
     frame.Updated = true;
   } else {
-    if (t.RadomizeColor == 0) t.CurrentColor = t.Color;
+    if (t.RandomizeColor == 0) t.CurrentColor = t.Color;
     if (t.RandomizeXYManual == 1) {
       manualPosition(x, y);
       if (particleIndex == 1) {
@@ -250,7 +250,7 @@ TextFrame clsText::TextFrameStep(std::int32_t index, std::int32_t particleIndex,
   const bool steady = particleIndex == 1 && !t.PulseFontSize && !t.PulseFontColor &&
                       t.RandomizeFontSizeManual != 1 && t.RandomizeXYManual != 1 && !t.SequenceText &&
                       !t.Vertical && !t.SynchronizeText && !(t.LastUpdateTick == 0 && t.CurrentText.empty()) &&
-                      (t.RadomizeColor != 0 || t.CurrentColor == t.Color);
+                      (t.RandomizeColor != 0 || t.CurrentColor == t.Color);
   if (steady) {
     cache.edits = liveEdits_;
     cache.lastUpdate = t.LastUpdateTick;
@@ -268,42 +268,42 @@ TextFrame clsText::TextFrameStep(std::int32_t index, std::int32_t particleIndex,
 
 // ---- All texts ------------------------------------------------------------------------------------
 
-void clsText::PreviewFlashAll() {
+void TextEngine::PreviewFlashAll() {
   for (TextObject& t : Current()) {
     t.FlashText = true;
     t.SequenceText = false;
   }
 }
 
-void clsText::PreviewFlashOff() {
+void TextEngine::PreviewFlashOff() {
   for (TextObject& t : Current()) {
     t.FlashText = false;
     t.SequenceText = false;
   }
 }
 
-void clsText::PreviewFlashInvert() {
+void TextEngine::PreviewFlashInvert() {
   for (TextObject& t : Current()) {
     t.FlashText = !t.FlashText;
     t.SequenceText = !t.FlashText;  // each text does one or the other
   }
 }
 
-void clsText::PreviewFlashRandom() {
+void TextEngine::PreviewFlashRandom() {
   for (TextObject& t : Current()) {
     t.FlashText = context_.random.Rnd() < 0.5;
     t.SequenceText = !t.FlashText;
   }
 }
 
-void clsText::PreviewSequenceRandom() {
+void TextEngine::PreviewSequenceRandom() {
   for (TextObject& t : Current()) {
     t.SequenceText = context_.random.Rnd() < 0.5;
     t.FlashText = !t.SequenceText;
   }
 }
 
-void clsText::PreviewTimeShuffle() {
+void TextEngine::PreviewTimeShuffle() {
   RandomSource& random = context_.random;
   for (TextObject& t : Current()) {
     t.SelfTime = static_cast<std::int32_t>(WholePart(random.Rnd() * 1000));
@@ -316,7 +316,7 @@ void clsText::PreviewTimeShuffle() {
   }
 }
 
-void clsText::PreviewTimeSynchronize() {
+void TextEngine::PreviewTimeSynchronize() {
   auto& list = Current();
   if (list.empty()) return;
   double selfSum = 0, sequenceSum = 0, particleSelf = 0, particleLife = 0;

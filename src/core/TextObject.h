@@ -131,7 +131,7 @@ struct ParticleSystem {
   bool SpreadUniform = false;
   PhaseParameter SpreadX;
   PhaseParameter SpreadY;
-  bool AngleUnfiorm = false;
+  bool AngleUniform = false;
   PhaseParameter AngleTheta;
   PhaseParameter AnglePhi;
   bool PhaseRotateUniform = false;
@@ -164,7 +164,7 @@ struct TextObject {
   std::int32_t RandomizeXYManual = 0;
   float RandomizeFontSize = 0.0f;
   std::int32_t RandomizeFontSizeManual = 0;
-  std::int32_t RadomizeColor = 0;
+  std::int32_t RandomizeColor = 0;
   float FONT_SIZE_ZERO = 0.0f;
   bool FlashText = false;
   std::int32_t SequenceCounter = 0;

@@ -1,10 +1,10 @@
 #include "core/TextPass.h"
 
-#include "core/clsText.h"
+#include "core/TextEngine.h"
 
 namespace lumivane {
 
-void TextPass::Run(clsText& text, const TextFrameInput& input, const TextDraw& draw, Kind kind, bool everyCopy) {
+void TextPass::Run(TextEngine& text, const TextFrameInput& input, const TextDraw& draw, Kind kind, bool everyCopy) {
   const std::int32_t count = text.RenderGetTextCount();
   for (std::int32_t i = 1; i <= count; ++i) {
     if (text.PreviewText3D(i) != (kind == Kind::ThreeD)) continue;

@@ -8,7 +8,7 @@
 
 namespace lumivane {
 
-class clsText;
+class TextEngine;
 
 // What is drawn of one text or copy: the text index (one-based), the copy (0 for the text itself,
 // 1.. for its further copies) and the step's result.
@@ -23,10 +23,10 @@ class TextPass {
   enum class Kind { Flat, ThreeD };
   // With `everyCopy`, `draw` hears of every copy, also those that show nothing (whose placement
   // still runs on, as a looping rotation does).
-  void Run(clsText& text, const TextFrameInput& input, const TextDraw& draw, Kind kind = Kind::Flat,
+  void Run(TextEngine& text, const TextFrameInput& input, const TextDraw& draw, Kind kind = Kind::Flat,
            bool everyCopy = false);
   // Both kinds, flat texts first: what a frame steps when nothing is drawn.
-  void RunAll(clsText& text, const TextFrameInput& input, const TextDraw& draw) {
+  void RunAll(TextEngine& text, const TextFrameInput& input, const TextDraw& draw) {
     Run(text, input, draw, Kind::Flat);
     Run(text, input, draw, Kind::ThreeD);
   }

@@ -7,9 +7,9 @@
 #include <string_view>
 
 #include "core/Numbers.h"
-#include "core/frmBackgrounds.h"
-#include "core/frmEffects.h"
-#include "core/frmMain.h"
+#include "forms/BackgroundsForm.h"
+#include "forms/EffectsForm.h"
+#include "forms/MainForm.h"
 #include "persistence/XmlDocument.h"
 
 namespace lumivane {
@@ -36,14 +36,14 @@ enum class Type : std::uint8_t {
 // The form a setting belongs to; without it (a bare test) the show's element is kept.
 enum class Part : std::uint8_t { Main, Backgrounds, Effects, None };
 
-using BG = frmBackgrounds::Controls;
-using FX = frmEffects::Controls;
+using BG = BackgroundsForm::Controls;
+using FX = EffectsForm::Controls;
 
 struct Field {
   std::string_view name;
   Type type;
   Part part;
-  ControlHandle (*main)(frmMain&) = nullptr;
+  ControlHandle (*main)(MainForm&) = nullptr;
   ControlHandle BG::*background = nullptr;
   ControlHandle FX::*effect = nullptr;
   std::span<const Field> children = {};
@@ -72,12 +72,12 @@ constexpr Field kMaskBlock[] = {
 
 // Global in the writer's order.
 constexpr Field kGlobal[] = {
-    {"Resolution", Type::Resolution, Part::Main, [](frmMain& f) { return f.Playback().cboResolution; }},
+    {"Resolution", Type::Resolution, Part::Main, [](MainForm& f) { return f.Playback().cboResolution; }},
     B("RecordFramesPerSecond", Type::Slider, &BG::SliderRecordFramesPerSecond),
     {"Backgrounds", Type::Block, Part::Backgrounds, nullptr, nullptr, nullptr, kBackgroundsBlock},
     {"Mask", Type::Block, Part::Backgrounds, nullptr, nullptr, nullptr, kMaskBlock},
     {"VideoFiles", Type::Kept, Part::None},
-    {"BackGroundColor", Type::Colour, Part::Main, [](frmMain& f) { return f.BackgroundColor; }},
+    {"BackGroundColor", Type::Colour, Part::Main, [](MainForm& f) { return f.BackgroundColor; }},
     B("BackGroundFilterColor", Type::Colour, &BG::piCFilterColor),
     B("BackGroundTimer", Type::Milliseconds, &BG::txtTimerInterval),
     B("HoldBackGroundTimer", Type::Flag, &BG::chkHoldBackgroundTimer),
@@ -122,7 +122,7 @@ constexpr Field kGlobal[] = {
     B("FadeOut", Type::Slider, &BG::SliderFadeOut),
 };
 
-bool Owned(Part part, const frmMain& form) {
+bool Owned(Part part, const MainForm& form) {
   switch (part) {
     case Part::Main: return true;
     case Part::Backgrounds: return form.Backgrounds != nullptr;
@@ -132,7 +132,7 @@ bool Owned(Part part, const frmMain& form) {
   return false;
 }
 
-ControlHandle ControlOf(const Field& f, frmMain& form) {
+ControlHandle ControlOf(const Field& f, MainForm& form) {
   if (f.main != nullptr) return f.main(form);
   if (f.background != nullptr) return form.Backgrounds->C().*f.background;
   if (f.effect != nullptr) return form.Effects->C().*f.effect;
@@ -174,7 +174,7 @@ void CopyKept(pugi::xml_node parent, const Field& f, pugi::xml_node kept) {
   }
 }
 
-void WriteFields(pugi::xml_node parent, std::span<const Field> fields, frmMain& form, pugi::xml_node kept) {
+void WriteFields(pugi::xml_node parent, std::span<const Field> fields, MainForm& form, pugi::xml_node kept) {
   for (const Field& f : fields) {
     if (f.type == Type::Kept || !Owned(f.part, form)) {
       CopyKept(parent, f, kept);
@@ -234,7 +234,7 @@ std::vector<std::string> ReadNumbered(pugi::xml_node block, std::string_view wor
   return files;
 }
 
-void ReadFields(pugi::xml_node parent, std::span<const Field> fields, frmMain& form, GlobalSettings& s) {
+void ReadFields(pugi::xml_node parent, std::span<const Field> fields, MainForm& form, GlobalSettings& s) {
   using How = GlobalSettings::ControlWrite::How;
   for (const Field& f : fields) {
     if (f.type == Type::Kept || !Owned(f.part, form)) continue;
@@ -282,18 +282,18 @@ void ReadFields(pugi::xml_node parent, std::span<const Field> fields, frmMain& f
 
 }  // namespace
 
-void XmlWriteGlobal(pugi::xml_node root, frmMain& form, pugi::xml_node keptGlobal) {
+void XmlWriteGlobal(pugi::xml_node root, MainForm& form, pugi::xml_node keptGlobal) {
   WriteFields(root.append_child("Global"), kGlobal, form, keptGlobal);
 }
 
-GlobalSettings XmlReadGlobal(pugi::xml_node root, frmMain& form) {
+GlobalSettings XmlReadGlobal(pugi::xml_node root, MainForm& form) {
   GlobalSettings s;
   ReadFields(Child(root, "Global"), kGlobal, form, s);
   if (form.Backgrounds != nullptr) s.Mesh = XmlReadLastBackGroundMesh(root, form.Backgrounds->CurrentMesh());
   return s;
 }
 
-void ApplyGlobal(frmMain& form, const GlobalSettings& s) {
+void ApplyGlobal(MainForm& form, const GlobalSettings& s) {
   using How = GlobalSettings::ControlWrite::How;
   ControlModel& model = form.Model();
   for (const GlobalSettings::ControlWrite& w : s.Controls) {
@@ -303,9 +303,9 @@ void ApplyGlobal(frmMain& form, const GlobalSettings& s) {
       case How::Colour: model.SetBackColor(w.control, w.value, Origin::File); break;
     }
   }
-  frmBackgrounds* backgrounds = form.Backgrounds;
+  BackgroundsForm* backgrounds = form.Backgrounds;
   if (backgrounds != nullptr) {
-    const frmBackgrounds::Controls& c = backgrounds->C();
+    const BackgroundsForm::Controls& c = backgrounds->C();
     if (s.Backgrounds) {
       backgrounds->ClearBackGrounds();
       // Quiet: a picture that cannot be read stays listed, so the next save keeps it.

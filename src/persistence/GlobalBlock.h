@@ -12,7 +12,7 @@
 
 namespace lumivane {
 
-class frmMain;
+class MainForm;
 
 // What a show's `Global` block (and its `LastBackGroundMesh`) sets, read whole before anything is
 // applied, so a show that fails to load changes nothing.
@@ -38,13 +38,13 @@ struct GlobalSettings {
 // Writes `Global`: the settings of the forms the program has, and for a form it lacks (a bare
 // test) the loaded show's elements in their places, then the show's elements this build does not
 // know, unchanged.
-void XmlWriteGlobal(pugi::xml_node root, frmMain& form, pugi::xml_node keptGlobal);
+void XmlWriteGlobal(pugi::xml_node root, MainForm& form, pugi::xml_node keptGlobal);
 // Reads `Global` for the forms the program has. Missing elements and numbers that do not read are
 // left out: their controls keep what they hold.
-GlobalSettings XmlReadGlobal(pugi::xml_node root, frmMain& form);
+GlobalSettings XmlReadGlobal(pugi::xml_node root, MainForm& form);
 // Sets the controls, replaces the background list, and hands the mask, effect picture and layout
 // to the forms, which send them to the output.
-void ApplyGlobal(frmMain& form, const GlobalSettings& settings);
+void ApplyGlobal(MainForm& form, const GlobalSettings& settings);
 
 void XmlWriteLastBackGroundMesh(pugi::xml_node root, const BackGroundMesh& mesh);
 // The layout the show left, each missing or unreadable value taken from `current`; nothing when

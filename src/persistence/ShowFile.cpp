@@ -8,9 +8,9 @@
 
 #include "core/Clock.h"
 #include "core/EngineContext.h"
-#include "core/clsText.h"
-#include "core/frmBackgrounds.h"
-#include "core/frmMain.h"
+#include "core/TextEngine.h"
+#include "forms/BackgroundsForm.h"
+#include "forms/MainForm.h"
 #include "lumivane/Version.h"
 #include "persistence/GlobalBlock.h"
 #include "persistence/TextBlock.h"
@@ -59,7 +59,7 @@ void XmlWriteHeader(pugi::xml_node root, const CivilTime& now) {
 
 }  // namespace
 
-ShowFile::ShowFile(frmMain& form) : form_(form) {}
+ShowFile::ShowFile(MainForm& form) : form_(form) {}
 ShowFile::~ShowFile() = default;
 
 bool ShowFile::EngineFileLoad(const std::string& path, std::string& error) {
@@ -81,9 +81,9 @@ bool ShowFile::EngineFileLoad(const std::string& path, std::string& error) {
   Relocate(global.MaskFileName, path, "Masks");
   Relocate(global.EffectFileName, path, "Effects");
 
-  clsText& text = form_.Text();
+  TextEngine& text = form_.Text();
   {
-    clsText::BusyScope busy(text);
+    TextEngine::BusyScope busy(text);
     text.Current() = std::move(texts);
     text.EngineBuildEditorText();
     for (std::int32_t i = 1; i <= text.PreviewGetTextCount(); ++i) {

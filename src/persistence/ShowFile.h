@@ -5,7 +5,7 @@
 
 namespace lumivane {
 
-class frmMain;
+class MainForm;
 class XmlDocument;
 
 // Show files as a whole: the header, the global settings, the text list, and every block this
@@ -13,7 +13,7 @@ class XmlDocument;
 // elsewhere loses nothing here.
 class ShowFile {
  public:
-  explicit ShowFile(frmMain& form);
+  explicit ShowFile(MainForm& form);
   ~ShowFile();
 
   // Reads a show into the editor's list (the locked copy while the output is locked) and the
@@ -25,7 +25,7 @@ class ShowFile {
   void Forget();
 
  private:
-  frmMain& form_;
+  MainForm& form_;
   // The blocks of the last loaded show that this build does not read, in their order.
   std::unique_ptr<XmlDocument> kept_;
 };

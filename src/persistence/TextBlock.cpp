@@ -63,7 +63,7 @@ void WriteParticle(const Writer& parent, const ParticleSystem& p) {
   w.Text("SpreadMode", p.SpreadMode);
   w.Flag("SpreadInitialized", p.SpreadInitialized);
   w.Flag("SpreadUniform", p.SpreadUniform);
-  w.Flag("AngleUnfiorm", p.AngleUnfiorm);
+  w.Flag("AngleUnfiorm", p.AngleUniform);
   w.Flag("PhaseSizeUniform", p.PhaseSizeUniform);
   w.Flag("PhaseRotateUniform", p.PhaseRotateUniform);
   WritePhase(w, "SpreadX", p.SpreadX);
@@ -98,7 +98,7 @@ void WriteOne(const Writer& w, const TextObject& t) {
   w.Number("RandomizeFontSize", t.RandomizeFontSize);
   w.Number("RandomizeFontSizeManual", t.RandomizeFontSizeManual);
   w.Flag("PulseFontSize", t.PulseFontSize);
-  w.Number("RadomizeColor", t.RadomizeColor);
+  w.Number("RadomizeColor", t.RandomizeColor);
   w.Flag("PulseFontColor", t.PulseFontColor);
   w.Number("FONT_SIZE_ZERO", t.FONT_SIZE_ZERO);
   w.Flag("FlashText", t.FlashText);
@@ -263,7 +263,7 @@ void ReadParticle(const Reader& text, ParticleSystem& p) {
   r.Text("SpreadMode", p.SpreadMode);
   r.Number("SpreadInitialized", p.SpreadInitialized);
   r.Number("SpreadUniform", p.SpreadUniform);
-  r.Number("AngleUnfiorm", p.AngleUnfiorm);
+  r.Number("AngleUnfiorm", p.AngleUniform);
   r.Number("PhaseSizeUniform", p.PhaseSizeUniform);
   r.Number("PhaseRotateUniform", p.PhaseRotateUniform);
   ReadPhase(r, "SpreadX", p.SpreadX);
@@ -315,7 +315,7 @@ TextObject ReadOne(const Reader& r) {
   r.Number("RandomizeFontSize", t.RandomizeFontSize);
   if (!r.Number("RandomizeFontSizeManual", t.RandomizeFontSizeManual)) t.RandomizeFontSizeManual = 0;
   r.Number("PulseFontSize", t.PulseFontSize);
-  r.Number("RadomizeColor", t.RadomizeColor);
+  r.Number("RadomizeColor", t.RandomizeColor);
   r.Number("PulseFontColor", t.PulseFontColor);
   // The base size is read the plain way: the number before any decimal comma.
   if (const pugi::xml_node size = r.Node("FONT_SIZE_ZERO"))

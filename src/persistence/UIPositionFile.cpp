@@ -7,8 +7,8 @@
 #include <pugixml.hpp>
 
 #include "core/Numbers.h"
-#include "core/OutputClones.h"
-#include "core/frmOutputConfiguration.h"
+#include "forms/OutputClones.h"
+#include "forms/OutputConfigurationForm.h"
 #include "persistence/XmlDocument.h"
 
 namespace lumivane {
@@ -160,7 +160,7 @@ void ConnectClonePositions(OutputClones& clones, std::function<void(const std::s
   };
 }
 
-void InitializeOutputCount(frmOutputConfiguration& form, const std::string& applicationFolder) {
+void InitializeOutputCount(OutputConfigurationForm& form, const std::string& applicationFolder) {
   std::string path = applicationFolder;
   if (!path.empty() && path.back() != '/') path += '/';
   form.InitializeOutputCount(UIPositionCount(path + std::string(OutputClones::kPositionFileName)));

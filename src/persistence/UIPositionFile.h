@@ -7,7 +7,7 @@
 namespace lumivane {
 
 class OutputClones;
-class frmOutputConfiguration;
+class OutputConfigurationForm;
 
 // One window in a window positions file (".LMVNUIP"): the root UIPosition holds one Form per
 // window. Sizes are pixels, frame included. The clone fields are written only in the clone
@@ -67,6 +67,6 @@ class ClonePositions final : public UIPositionWindows {
 // A save that fails goes to `reportFailure` (the --log file), if given.
 void ConnectClonePositions(OutputClones& clones, std::function<void(const std::string&)> reportFailure = {});
 // At start: cboOutputCount from the clone positions file in `applicationFolder`.
-void InitializeOutputCount(frmOutputConfiguration& form, const std::string& applicationFolder);
+void InitializeOutputCount(OutputConfigurationForm& form, const std::string& applicationFolder);
 
 }  // namespace lumivane

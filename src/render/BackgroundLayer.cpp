@@ -6,8 +6,8 @@
 #include "core/Color.h"
 #include "core/EngineContext.h"
 #include "core/Numbers.h"
-#include "core/clsText.h"
-#include "render/clsDirectx.h"
+#include "core/TextEngine.h"
+#include "render/FrameRenderer.h"
 
 namespace lumivane {
 
@@ -34,7 +34,7 @@ int TextureSide(int side, int limit) {
 
 }  // namespace
 
-void clsDirectx::InitializeBackground(const std::string& file, bool hideAll, std::int32_t width,
+void FrameRenderer::InitializeBackground(const std::string& file, bool hideAll, std::int32_t width,
                                       std::int32_t height) {
   if (hideAll)
     for (BackgroundTexture& b : backgrounds_) b.Visible = false;
@@ -63,7 +63,7 @@ void clsDirectx::InitializeBackground(const std::string& file, bool hideAll, std
   if (WaitForImages) FinishImages();
 }
 
-void clsDirectx::ResetBackGrounds() {
+void FrameRenderer::ResetBackGrounds() {
   for (BackgroundTexture& b : backgrounds_)
     ReleaseLater(b.Texture);
   // A feedback loop that started from one of them goes on from its own copy.
@@ -74,12 +74,12 @@ void clsDirectx::ResetBackGrounds() {
   lastDrawnBackground_ = 0;
 }
 
-TextureId clsDirectx::GetBackGroundTexture(std::int32_t index) const {
+TextureId FrameRenderer::GetBackGroundTexture(std::int32_t index) const {
   const BackgroundTexture* b = Background(index);
   return b != nullptr ? b->Texture : 0;
 }
 
-void clsDirectx::ComputeBackGroundFeedBackFactor(std::int32_t index) {
+void FrameRenderer::ComputeBackGroundFeedBackFactor(std::int32_t index) {
   // The real size is read, and yet both factors are 1 whatever it is: a texture extent of 1 spans
   // the whole picture however its texture was padded.
   if (index < 1 || index > BackgroundCount()) return;
@@ -87,7 +87,7 @@ void clsDirectx::ComputeBackGroundFeedBackFactor(std::int32_t index) {
   b.DUFeedBackFactor = b.DVFeedBackFactor = 1.0f;
 }
 
-BackGroundMeshArguments clsDirectx::MeshArguments(const FrameArguments& args, bool hold, bool fadeIn) const {
+BackGroundMeshArguments FrameRenderer::MeshArguments(const FrameArguments& args, bool hold, bool fadeIn) const {
   const BackgroundArguments& b = args.Background;
   BackGroundMeshArguments m;
   static_cast<LayerPlacement&>(m) = b;
@@ -109,13 +109,13 @@ BackGroundMeshArguments clsDirectx::MeshArguments(const FrameArguments& args, bo
   return m;
 }
 
-void clsDirectx::BuildBackGroundMesh(const FrameArguments& args, bool hold, bool fadeIn) {
+void FrameRenderer::BuildBackGroundMesh(const FrameArguments& args, bool hold, bool fadeIn) {
   if (!hold && !args.Background.HoldTimer && backgroundIndex_ != 0) ComputeBackGroundFeedBackFactor(backgroundIndex_);
   lumivane::BuildBackGroundMesh(MeshArguments(args, hold, fadeIn), text_.Context().random, lastMesh_,
                                 backgroundVertices_);
 }
 
-void clsDirectx::BackgroundStep(const FrameArguments& args, Tick now, bool& changed) {
+void FrameRenderer::BackgroundStep(const FrameArguments& args, Tick now, bool& changed) {
   const BackgroundArguments& b = args.Background;
   const double elapsed = TicksSince(now, lastBackgroundTick_);
   const double interval = static_cast<double>(text_.Context().TimeScale) * b.TimerInterval;
@@ -149,7 +149,7 @@ void clsDirectx::BackgroundStep(const FrameArguments& args, Tick now, bool& chan
   }
 }
 
-void clsDirectx::RenderBackground(TextureId texture) {
+void FrameRenderer::RenderBackground(TextureId texture) {
   RenderDevice* d = device_;
   if (d == nullptr) return;
   d->SetTransform(TransformState::World, Matrix::Identity());
@@ -167,7 +167,7 @@ void clsDirectx::RenderBackground(TextureId texture) {
   d->SetTextureStageState(TextureStageState::MINFILTER, min);
 }
 
-void clsDirectx::RenderOutputToBackGround() {
+void FrameRenderer::RenderOutputToBackGround() {
   if (device_ == nullptr) return;
   const TextureId target = BackBufferTexture(feedbackTarget_);
   if (target == 0) return;
@@ -175,13 +175,13 @@ void clsDirectx::RenderOutputToBackGround() {
   device_->CopyBackBufferToTexture(target, 0, 0, BackBufferWidth(), BackBufferHeight(), 0, 0);
 }
 
-TextureId clsDirectx::BackBufferTexture(TextureId& slot) {
+TextureId FrameRenderer::BackBufferTexture(TextureId& slot) {
   if (slot == 0 && device_ != nullptr)
     slot = device_->CreateTexture(BackBufferWidth(), BackBufferHeight(), TextureFormat::X8R8G8B8, true, true);
   return slot;
 }
 
-TextureId clsDirectx::FeedbackTexture() {
+TextureId FrameRenderer::FeedbackTexture() {
   if (feedbackTexture_ != 0 || device_ == nullptr) return feedbackTexture_;
   if (feedbackTarget_ == 0) {
     // The missing-image tile stretched over a back-buffer-sized target, made when first asked for

@@ -2,8 +2,8 @@
 // file or a capture of the output, laid out anew at random on its own timer.
 #include "core/Color.h"
 #include "core/EngineContext.h"
-#include "core/clsText.h"
-#include "render/clsDirectx.h"
+#include "core/TextEngine.h"
+#include "render/FrameRenderer.h"
 
 namespace lumivane {
 
@@ -17,7 +17,7 @@ std::int32_t ProgramColorOf(std::uint32_t device) {
 
 }  // namespace
 
-void clsDirectx::SetEffectTexture(const std::string& file) {
+void FrameRenderer::SetEffectTexture(const std::string& file) {
   RenderDevice* d = device_;
   if (d == nullptr) return;
   if (!file.empty()) {
@@ -39,7 +39,7 @@ void clsDirectx::SetEffectTexture(const std::string& file) {
   effectTextureHeight_ = BackBufferHeight();
 }
 
-void clsDirectx::ResetEffectTexture() {
+void FrameRenderer::ResetEffectTexture() {
   effectTexture_ = 0;
   effectLoading_ = 0;
   effectFileName_.clear();
@@ -47,7 +47,7 @@ void clsDirectx::ResetEffectTexture() {
   effectFile_ = 0;
 }
 
-bool clsDirectx::LayOutEffect(const EffectArguments& e, Tick now) {
+bool FrameRenderer::LayOutEffect(const EffectArguments& e, Tick now) {
   if (device_ == nullptr) return false;
   const double elapsed = TicksSince(now, lastEffectTick_);
   const bool relayout = !(static_cast<double>(text_.Context().TimeScale) * e.Timer >= elapsed) && !e.HoldTimer;
@@ -80,7 +80,7 @@ bool clsDirectx::LayOutEffect(const EffectArguments& e, Tick now) {
   return !(effectTexture_ == 0 && effectLoading_ != 0);
 }
 
-void clsDirectx::DrawEffect(const EffectArguments& e) {
+void FrameRenderer::DrawEffect(const EffectArguments& e) {
   RenderDevice* d = device_;
   if (d == nullptr) return;
   d->BeginScene();

@@ -8,7 +8,7 @@
 #include <cstring>
 
 #include "core/Numbers.h"
-#include "render/clsDirectx.h"
+#include "render/FrameRenderer.h"
 
 namespace lumivane {
 
@@ -23,7 +23,7 @@ std::uint32_t Grey(std::int32_t level) {
 
 }  // namespace
 
-void clsDirectx::DrawOutputRectangle(std::uint32_t color, TextureId texture, int source, int destination) {
+void FrameRenderer::DrawOutputRectangle(std::uint32_t color, TextureId texture, int source, int destination) {
   RenderDevice* d = device_;
   if (d == nullptr) return;
   const int w = BackBufferWidth(), h = BackBufferHeight();
@@ -49,7 +49,7 @@ void clsDirectx::DrawOutputRectangle(std::uint32_t color, TextureId texture, int
   d->SetTexture(0);
 }
 
-void clsDirectx::CreateMaskTexture(const std::string& file) {
+void FrameRenderer::CreateMaskTexture(const std::string& file) {
   if (device_ == nullptr) return;
   if (file.empty()) {
     maskLoading_ = 0;
@@ -64,23 +64,23 @@ void clsDirectx::CreateMaskTexture(const std::string& file) {
 }
 
 // The picture times the mask picture (without one, times white), and times fade / 255.
-void clsDirectx::RenderMask(std::int32_t fade) {
+void FrameRenderer::RenderMask(std::int32_t fade) {
   if (device_ == nullptr) return;
   device_->SetRenderState(RenderState::CULLMODE, 1);
   DrawOutputRectangle(Grey(fade), maskTexture_, 1, 3);
 }
 
 // The picture times fade / 255; at 255 that is the picture itself, so nothing is drawn.
-void clsDirectx::RenderOutputFade(std::int32_t fade) {
+void FrameRenderer::RenderOutputFade(std::int32_t fade) {
   if (fade >= 255) return;
   DrawOutputRectangle(Grey(fade), 0, 1, 3);
 }
 
 // White times (1 - d) plus d times (1 - d): black turns white, white black, and mid grey lighter
 // than a plain inversion would make it.
-void clsDirectx::RenderInvert() { DrawOutputRectangle(kWhite, 0, 10, 10); }
+void FrameRenderer::RenderInvert() { DrawOutputRectangle(kWhite, 0, 10, 10); }
 
-void clsDirectx::FinishOutput(const EffectArguments* effect, bool invert, bool mask, std::int32_t fade) {
+void FrameRenderer::FinishOutput(const EffectArguments* effect, bool invert, bool mask, std::int32_t fade) {
   RenderDevice* d = device_;
   if (d == nullptr || (effect == nullptr && !invert && !mask && fade >= 255)) return;
   if (FinishInOnePass) {
@@ -109,7 +109,7 @@ void clsDirectx::FinishOutput(const EffectArguments* effect, bool invert, bool m
   d->EndScene();
 }
 
-void clsDirectx::RenderGrayScale() {
+void FrameRenderer::RenderGrayScale() {
   RenderDevice* d = device_;
   if (d == nullptr) return;
   float rx = 1, ry = 1;
@@ -127,7 +127,7 @@ void clsDirectx::RenderGrayScale() {
   d->SetTextureStageState(TextureStageState::COLORARG2, 1);
 }
 
-void clsDirectx::InitializeMachineStateOverlay(std::int32_t frames) {
+void FrameRenderer::InitializeMachineStateOverlay(std::int32_t frames) {
   if (device_ == nullptr) return;
   const TextureId overlay = BackBufferTexture(overlayTexture_);
   if (overlay == 0) return;
@@ -136,14 +136,14 @@ void clsDirectx::InitializeMachineStateOverlay(std::int32_t frames) {
   overlayLeft_ = std::max(frames, 0);
 }
 
-void clsDirectx::RenderMachineStateOverlay() {
+void FrameRenderer::RenderMachineStateOverlay() {
   if (overlayLeft_ <= 0 || OverlayFrameCount <= 0) return;
   const double share = static_cast<double>(overlayLeft_) / OverlayFrameCount;
   DrawOutputRectangle(Grey(static_cast<std::int32_t>(std::trunc(share * 255.0))), overlayTexture_, 3, 9);
   --overlayLeft_;
 }
 
-TextureId clsDirectx::GetCurrentOutputTexture(float& ratioX, float& ratioY) {
+TextureId FrameRenderer::GetCurrentOutputTexture(float& ratioX, float& ratioY) {
   ratioX = ratioY = 1;
   // One texture refilled at each call rather than a new one a frame.
   const TextureId texture = BackBufferTexture(outputTexture_);
@@ -155,7 +155,7 @@ TextureId clsDirectx::GetCurrentOutputTexture(float& ratioX, float& ratioY) {
   return texture;
 }
 
-bool clsDirectx::RenderToFile(const std::string& path, std::string& error) {
+bool FrameRenderer::RenderToFile(const std::string& path, std::string& error) {
   if (device_ == nullptr) {
     error = "No output is running.";
     return false;

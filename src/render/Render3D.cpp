@@ -6,10 +6,10 @@
 
 #include "core/Color.h"
 #include "core/TextObject.h"
-#include "core/clsText.h"
+#include "core/TextEngine.h"
 #include "render/Mesh3D.h"
 #include "render/TextMesh.h"
-#include "render/clsDirectx.h"
+#include "render/FrameRenderer.h"
 
 namespace lumivane {
 
@@ -20,7 +20,7 @@ float WrapAngle(float degrees) { return std::fmod(degrees, 360.0f); }
 
 }  // namespace
 
-void clsDirectx::Render3D(const FrameArguments& args) {
+void FrameRenderer::Render3D(const FrameArguments& args) {
   RenderDevice* d = device_;
   if (d != nullptr) {
     d->SetTextureStageState(TextureStageState::MAGFILTER, 2);
@@ -34,7 +34,7 @@ void clsDirectx::Render3D(const FrameArguments& args) {
   if (d != nullptr) d->SetRenderState(RenderState::ALPHABLENDENABLE, 0);
 }
 
-void clsDirectx::Render3DCopy(std::int32_t index, std::int32_t j, const TextFrame& frame) {
+void FrameRenderer::Render3DCopy(std::int32_t index, std::int32_t j, const TextFrame& frame) {
   const bool draw = frame.Enabled && !frame.Text.empty();
   if (draw && TextDrawn) TextDrawn(index, j - 1, frame);
   if (device_ == nullptr || index > TextBoxCount() || frameArguments_ == nullptr) return;
@@ -143,7 +143,7 @@ void clsDirectx::Render3DCopy(std::int32_t index, std::int32_t j, const TextFram
   if (j == 1 && wave.CurrentPhase != t.Wave3D.CurrentPhase) text_.RenderSetWaveCurrentPhase(index, wave.CurrentPhase);
 }
 
-void clsDirectx::CreateFull3DText(TextBox& box, const TextObject& t, const TextFrame& frame, std::uint32_t color,
+void FrameRenderer::CreateFull3DText(TextBox& box, const TextObject& t, const TextFrame& frame, std::uint32_t color,
                                   float previewHeight) {
   RenderDevice& d = *device_;
   const TextFont& font = *frame.Font;
@@ -191,8 +191,8 @@ void clsDirectx::CreateFull3DText(TextBox& box, const TextObject& t, const TextF
   // pixels to a world unit (the placement's unit). The depth is in em too.
   const float points = t.FONT_SIZE_ZERO > 0 ? t.FONT_SIZE_ZERO : font.Size;
   const float em = std::max(1.0f, points) * (96.0f / 72.0f) * (previewHeight / 720.0f) / 50.0f;
-  box.TextFrame->AddScale(CD3DFrame::kBefore, em, em, em);
-  box.TextFrame->AddTranslation(CD3DFrame::kBefore, -box.MeshCentre[0], -box.MeshCentre[1], -box.MeshCentre[2]);
+  box.TextFrame->AddScale(SceneNode::kBefore, em, em, em);
+  box.TextFrame->AddTranslation(SceneNode::kBefore, -box.MeshCentre[0], -box.MeshCentre[1], -box.MeshCentre[2]);
   d.SetTransform(TransformState::World, box.TextFrame->GetUpdatedMatrix());
   SetTextLight(d, color);
   d.SetRenderState(RenderState::ALPHABLENDENABLE, 0);
@@ -206,11 +206,11 @@ void clsDirectx::CreateFull3DText(TextBox& box, const TextObject& t, const TextF
   saved.Restore(d);
 }
 
-void clsDirectx::RenderModel(TextBox& box, const TextObject& t, std::uint32_t color) {
+void FrameRenderer::RenderModel(TextBox& box, const TextObject& t, std::uint32_t color) {
   if (!box.Model || !box.Model->InitialiseGeometry(*device_)) return;
   // The model turns about the middle of its bounding box.
   const float* c = box.Model->Centre();
-  box.TextFrame->AddTranslation(CD3DFrame::kBefore, -c[0], -c[1], -c[2]);
+  box.TextFrame->AddTranslation(SceneNode::kBefore, -c[0], -c[1], -c[2]);
   device_->SetTransform(TransformState::World, box.TextFrame->GetUpdatedMatrix());
   box.Model->Render(*device_, color, t.Mesh3DPreserveTextures == 1, t.Shape3DRenderMesh != 0);
 }

@@ -26,15 +26,15 @@ void UpdateTextBoxFrame(TextBox& box, RenderDevice& device, int width, int heigh
   SceneSetup(device, width, height, z);
   box.RootFrame->UpdateFrames();
   const float x = box.RotationX * kPi4 / 180.0f, y = box.RotationY * kPi4 / 180.0f, r = box.RotationZ * kPi4 / 180.0f;
-  CD3DFrame& frame = *box.TextFrame;
+  SceneNode& frame = *box.TextFrame;
   if (box.World) {
-    frame.AddRotationXYZ(CD3DFrame::kReplace, x, y, r);
-    frame.AddTranslation(CD3DFrame::kBefore, box.TranslationX, box.TranslationY, 0);
+    frame.AddRotationXYZ(SceneNode::kReplace, x, y, r);
+    frame.AddTranslation(SceneNode::kBefore, box.TranslationX, box.TranslationY, 0);
   } else {
-    frame.AddTranslation(CD3DFrame::kReplace, box.TranslationX, box.TranslationY, box.TranslationZ);
-    frame.AddRotationXYZ(CD3DFrame::kBefore, x, y, r);
+    frame.AddTranslation(SceneNode::kReplace, box.TranslationX, box.TranslationY, box.TranslationZ);
+    frame.AddRotationXYZ(SceneNode::kBefore, x, y, r);
   }
-  frame.AddScale(CD3DFrame::kBefore, box.ScaleX, box.ScaleY, box.ScaleZ);
+  frame.AddScale(SceneNode::kBefore, box.ScaleX, box.ScaleY, box.ScaleZ);
 }
 
 void RenderTextToSurface(RenderDevice& device, TextDrawer& drawer, const TextBox& box, const TextFont& font,

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "core/TextObject.h"
-#include "render/CD3DFrame.h"
+#include "render/SceneNode.h"
 #include "render/RenderDevice.h"
 #include "render/TextBoxShape.h"
 
@@ -20,8 +20,8 @@ class Mesh3D;
 // drawn into (or a picture file's), and where and how it stands. One record per text, in the
 // engine's order.
 struct TextBox {
-  std::unique_ptr<CD3DFrame> RootFrame = std::make_unique<CD3DFrame>();
-  CD3DFrame* TextFrame = RootFrame->AddChild();
+  std::unique_ptr<SceneNode> RootFrame = std::make_unique<SceneNode>();
+  SceneNode* TextFrame = RootFrame->AddChild();
   std::string TextBoxTextureFileName;  // empty: the texture shows the text's string
   TextureId Texture = 0;
   // Keeps Texture alive and releases it with the last record that shows it: a picture loaded

@@ -1,12 +1,12 @@
-// The text box records of clsDirectx: made, refreshed, moved and dropped with their texts.
+// The text box records of FrameRenderer: made, refreshed, moved and dropped with their texts.
 #include <algorithm>
 #include <cmath>
 
 #include "core/Numbers.h"
 #include "core/TextObject.h"
-#include "core/clsText.h"
+#include "core/TextEngine.h"
 #include "render/Mesh3D.h"
-#include "render/clsDirectx.h"
+#include "render/FrameRenderer.h"
 
 namespace lumivane {
 
@@ -31,13 +31,13 @@ std::shared_ptr<const std::uint32_t> Hold(RenderDevice* device, std::uint32_t id
 
 }  // namespace
 
-std::shared_ptr<const TextureId> clsDirectx::HoldTexture(TextureId texture) {
+std::shared_ptr<const TextureId> FrameRenderer::HoldTexture(TextureId texture) {
   return Hold(device_, texture, &RenderDevice::ReleaseTexture);
 }
 
-std::shared_ptr<const MeshId> clsDirectx::HoldMesh(MeshId mesh) { return Hold(device_, mesh, &RenderDevice::ReleaseMesh); }
+std::shared_ptr<const MeshId> FrameRenderer::HoldMesh(MeshId mesh) { return Hold(device_, mesh, &RenderDevice::ReleaseMesh); }
 
-std::shared_ptr<Mesh3D> clsDirectx::Model(const std::string& path) {
+std::shared_ptr<Mesh3D> FrameRenderer::Model(const std::string& path) {
   std::weak_ptr<Mesh3D>& slot = models_[path];
   if (std::shared_ptr<Mesh3D> model = slot.lock()) return model;
   auto model = std::make_shared<Mesh3D>(path, ModelLimits);
@@ -47,7 +47,7 @@ std::shared_ptr<Mesh3D> clsDirectx::Model(const std::string& path) {
   return model;
 }
 
-float clsDirectx::CameraZ(const TextObject& text, int previewHeight) {
+float FrameRenderer::CameraZ(const TextObject& text, int previewHeight) {
   if (text.Mesh3DZ < 0) return text.Mesh3DZ;
   // Meshes are modelled for a camera twenty units back; a shape's placement units put the
   // preview's half height at previewHeight / 100 units, which fills a quarter-turn view here.
@@ -55,13 +55,13 @@ float clsDirectx::CameraZ(const TextObject& text, int previewHeight) {
   return -(static_cast<float>(previewHeight) / 100.0f) / std::tan(3.1415f / 8.0f);
 }
 
-void clsDirectx::TextBoxSetup() {
+void FrameRenderer::TextBoxSetup() {
   if (device_ == nullptr || text_.EngineGetState() != 0) return;
   textBoxes_.resize(static_cast<std::size_t>(text_.RenderGetTextCount()));
   for (std::int32_t i = 1; i <= TextBoxCount(); ++i) RefreshTextBox(i);
 }
 
-void clsDirectx::RefreshTextBox(std::int32_t index) {
+void FrameRenderer::RefreshTextBox(std::int32_t index) {
   const TextObject& t = text_.Live()[static_cast<std::size_t>(index - 1)];
   TextBox& box = textBoxes_[static_cast<std::size_t>(index - 1)];
   // A "Custom" text's model, read off the frame's thread; its info goes to the text once read.
@@ -101,7 +101,7 @@ void clsDirectx::RefreshTextBox(std::int32_t index) {
   box.Texture = box.TextureHold ? *box.TextureHold : 0;
 }
 
-void clsDirectx::TextBoxSetTexture(std::int32_t index, const TextObject& settings, bool reload, bool applyToAll) {
+void FrameRenderer::TextBoxSetTexture(std::int32_t index, const TextObject& settings, bool reload, bool applyToAll) {
   if (device_ == nullptr || (!applyToAll && TextBoxRecord(index) == nullptr)) return;
   auto each = [&](auto&& apply) {
     for (std::int32_t i = 1; i <= TextBoxCount(); ++i)
@@ -143,19 +143,19 @@ void clsDirectx::TextBoxSetTexture(std::int32_t index, const TextObject& setting
   });
 }
 
-void clsDirectx::ScaleText(std::int32_t index, float x, float y, float z) {
+void FrameRenderer::ScaleText(std::int32_t index, float x, float y, float z) {
   if (TextBoxRecord(index) == nullptr) return;
   TextBox& box = textBoxes_[static_cast<std::size_t>(index - 1)];
   box.RootFrame->UpdateFrames();
-  box.TextFrame->AddScale(CD3DFrame::kAfter, x, y, z);
+  box.TextFrame->AddScale(SceneNode::kAfter, x, y, z);
 }
 
-void clsDirectx::TextBoxRemove(std::int32_t index) {
+void FrameRenderer::TextBoxRemove(std::int32_t index) {
   if (TextBoxRecord(index) == nullptr) return;
   textBoxes_.erase(textBoxes_.begin() + (index - 1));
 }
 
-void clsDirectx::TextFrameZOrder(std::int32_t index, bool toFirst) {
+void FrameRenderer::TextFrameZOrder(std::int32_t index, bool toFirst) {
   if (text_.EngineGetState() != 0 || TextBoxRecord(index) == nullptr) return;
   const auto at = textBoxes_.begin() + (index - 1);
   // The moved record takes the first or last place; the others close up around it.

@@ -7,7 +7,7 @@
 #include <functional>
 #include <string>
 
-#include "core/OutputClones.h"
+#include "forms/OutputClones.h"
 
 class QOpenGLContext;
 

@@ -6,8 +6,8 @@
 #include <QMenuBar>
 #include <QSettings>
 
-#include "core/MsgBox.h"
-#include "core/frmMain.h"
+#include "forms/MsgBox.h"
+#include "forms/MainForm.h"
 #include "persistence/ShowFile.h"
 
 namespace lumivane {
@@ -18,7 +18,7 @@ constexpr int kRecentCount = 8;
 const QString kFilter = QStringLiteral("Lumivane (XML) (*.xml)");
 }  // namespace
 
-FileMenu::FileMenu(QMainWindow& window, frmMain& form, ShowFile& show, MsgBox& msgBox, QString showFolder)
+FileMenu::FileMenu(QMainWindow& window, MainForm& form, ShowFile& show, MsgBox& msgBox, QString showFolder)
     : QObject(nullptr), window_(window), form_(form), show_(show), msgBox_(msgBox), folder_(std::move(showFolder)) {
   QMenu* file = window.menuBar()->addMenu(tr("&File"));
   file->addAction(tr("&New"), QKeySequence::New, this, [this] { New(); });

@@ -10,7 +10,7 @@ class QMenu;
 
 namespace lumivane {
 
-class frmMain;
+class MainForm;
 class MsgBox;
 class ShowFile;
 
@@ -23,7 +23,7 @@ class FileMenu final : public QObject {
  public:
   static constexpr const char* kUnsavedQuestion = "The show has changes that are not saved. Save them first?";
 
-  FileMenu(QMainWindow& window, frmMain& form, ShowFile& show, MsgBox& msgBox, QString showFolder);
+  FileMenu(QMainWindow& window, MainForm& form, ShowFile& show, MsgBox& msgBox, QString showFolder);
 
   bool New();
   bool Open(const QString& path);
@@ -42,7 +42,7 @@ class FileMenu final : public QObject {
   void Remember(const QString& path);
   void RefreshRecent();
   QMainWindow& window_;
-  frmMain& form_;
+  MainForm& form_;
   ShowFile& show_;
   MsgBox& msgBox_;
   QString folder_;

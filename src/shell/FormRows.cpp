@@ -12,7 +12,7 @@
 #include <QThreadPool>
 
 #include "core/Color.h"
-#include "core/frmBackgrounds.h"
+#include "forms/BackgroundsForm.h"
 #include "shell/WidgetBinding.h"
 
 namespace lumivane {
@@ -109,7 +109,7 @@ void AddLayoutRows(QGridLayout* grid, ControlModel& model, const LayoutControls&
 }
 
 QString PictureDialogFilter() {
-  return ToQString(frmBackgrounds::kImageFilter) + QStringLiteral(";;") + QObject::tr("All files (*)");
+  return ToQString(BackgroundsForm::kImageFilter) + QStringLiteral(";;") + QObject::tr("All files (*)");
 }
 
 QImage FitTile(const QImage& picture, QSize box) {

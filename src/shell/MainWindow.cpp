@@ -15,7 +15,7 @@
 #include <QScreen>
 #include <QVBoxLayout>
 
-#include "core/frmMain.h"
+#include "forms/MainForm.h"
 #include "lumivane/Version.h"
 #include "shell/TextEditorPanel.h"
 #include "shell/TextPane.h"
@@ -23,11 +23,11 @@
 
 namespace lumivane {
 
-MainWindow::MainWindow(frmMain& form, QWidget* parent) : QMainWindow(parent), form_(form) {
+MainWindow::MainWindow(MainForm& form, QWidget* parent) : QMainWindow(parent), form_(form) {
   setObjectName("frmMain");
   setWindowTitle(kAppTitle);
   ControlModel& model = form.Model();
-  const frmMain::PlaybackControls& p = form.Playback();
+  const MainForm::PlaybackControls& p = form.Playback();
 
   auto* central = new QWidget(this);
   auto* columns = new QHBoxLayout(central);

@@ -7,14 +7,14 @@ class QImage;
 
 namespace lumivane {
 
-class frmMain;
+class MainForm;
 
-// The main window as the operator sees it: a view over frmMain's controls in the control model.
+// The main window as the operator sees it: a view over MainForm's controls in the control model.
 class MainWindow final : public QMainWindow {
   Q_OBJECT
 
  public:
-  explicit MainWindow(frmMain& form, QWidget* parent = nullptr);
+  explicit MainWindow(MainForm& form, QWidget* parent = nullptr);
   // Lists the screens in cboMonitors as "Output to Monitor 0 NAME (WxH)", the first selected unless
   // another still exists.
   void RefreshMonitors();
@@ -25,7 +25,7 @@ class MainWindow final : public QMainWindow {
   void closeEvent(QCloseEvent* event) override;
 
  private:
-  frmMain& form_;
+  MainForm& form_;
   QLabel* monitor_ = nullptr;
 };
 

@@ -17,7 +17,7 @@
 #include <QVBoxLayout>
 #include <functional>
 
-#include "core/frmMain.h"
+#include "forms/MainForm.h"
 #include "shell/WidgetBinding.h"
 
 namespace lumivane {
@@ -97,10 +97,10 @@ QWidget* Page(ControlModel& model, std::initializer_list<Row> rows, QWidget* par
 
 }  // namespace
 
-TextEditorPanel::TextEditorPanel(frmMain& form, QWidget* parent) : QWidget(parent) {
+TextEditorPanel::TextEditorPanel(MainForm& form, QWidget* parent) : QWidget(parent) {
   setObjectName("TextEditorPanel");
   ControlModel& m = form.Model();
-  const frmMain::TextControls& c = form.Controls();
+  const MainForm::TextControls& c = form.Controls();
   auto* layout = new QVBoxLayout(this);
 
   auto* list = new QHBoxLayout;
@@ -108,7 +108,7 @@ TextEditorPanel::TextEditorPanel(frmMain& form, QWidget* parent) : QWidget(paren
                        Row{c.cmdSplitText, "Split"}})
     list->addWidget(Make(m, r.control, QString::fromUtf8(r.caption), this));
   list->addWidget(Make(m, form.chkLockTextUpdate(), tr("Lock Output"), this));
-  list->addWidget(Make(m, form.chkOPerateOnAllTexts(), tr("All Texts"), this));
+  list->addWidget(Make(m, form.chkOperateOnAllTexts(), tr("All Texts"), this));
   list->addStretch();
   layout->addLayout(list);
 
@@ -134,7 +134,7 @@ TextEditorPanel::TextEditorPanel(frmMain& form, QWidget* parent) : QWidget(paren
                               {c.cboDictionaryMaxWordLength, "Word Length"},
                               {c.chkExactWordLength, "Exact Word Length"},
                               {c.chkDictionaryCutLine, "Cut Long Lines"},
-                              {c.txtExcludeCharachters, "Exclude Characters"},
+                              {c.txtExcludeCharacters, "Exclude Characters"},
                               {c.txtWordFilterStart, "Begins With"},
                               {c.txtWordFilterEnd, "Ends With"},
                               {c.cboLineBreak, "Rows"},
@@ -192,7 +192,7 @@ TextEditorPanel::TextEditorPanel(frmMain& form, QWidget* parent) : QWidget(paren
                      {c.chkRandomizeSequence, "Random Sequence"},
                      {c.cmdTimerDefault, "Default Timers (500 / 125 ms)"},
                      {c.cmdTimeShuffle, "Time Shuffle"},
-                     {c.cmdTimeSyncronize, "Time Sync"},
+                     {c.cmdTimeSynchronize, "Time Sync"},
                      {c.cmdFlashAll, "Flash All"},
                      {c.cmdFlashOff, "Flash Off"},
                      {c.cmdFlashInvert, "Flash Invert"},

@@ -4,16 +4,16 @@
 
 namespace lumivane {
 
-class frmMain;
+class MainForm;
 
-// The text editing controls of the main window, each a view of a control of frmMain: the list
+// The text editing controls of the main window, each a view of a control of MainForm: the list
 // operations, what a text shows (counter, dictionary, custom text), how it looks and how it moves
 // in time. Built from a declaration of (control, caption) rows.
 class TextEditorPanel final : public QWidget {
   Q_OBJECT
 
  public:
-  explicit TextEditorPanel(frmMain& form, QWidget* parent = nullptr);
+  explicit TextEditorPanel(MainForm& form, QWidget* parent = nullptr);
 };
 
 }  // namespace lumivane

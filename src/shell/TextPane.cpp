@@ -5,12 +5,12 @@
 #include <QMouseEvent>
 #include <QPainter>
 
-#include "core/frmMain.h"
+#include "forms/MainForm.h"
 #include "shell/WidgetBinding.h"
 
 namespace lumivane {
 
-TextPane::TextPane(frmMain& form, QWidget* parent) : QWidget(parent), form_(form) {
+TextPane::TextPane(MainForm& form, QWidget* parent) : QWidget(parent), form_(form) {
   setObjectName("PicContainer");
   setFocusPolicy(Qt::StrongFocus);
   setMinimumSize(480, 270);

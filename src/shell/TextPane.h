@@ -8,7 +8,7 @@ class QLabel;
 
 namespace lumivane {
 
-class frmMain;
+class MainForm;
 
 // The preview pane of the main window (PicContainer): one movable label per text, in list order,
 // each a view of a member of the "Text" label array. A click selects, a drag moves the text's box,
@@ -18,7 +18,7 @@ class TextPane final : public QWidget {
   Q_OBJECT
 
  public:
-  explicit TextPane(frmMain& form, QWidget* parent = nullptr);
+  explicit TextPane(MainForm& form, QWidget* parent = nullptr);
   // Makes one label widget per "Text" label control.
   void Rebuild();
 
@@ -30,7 +30,7 @@ class TextPane final : public QWidget {
 
  private:
   int IndexOf(QObject* label) const;
-  frmMain& form_;
+  MainForm& form_;
   std::vector<QPointer<QLabel>> labels_;  // [i - 1] shows text i
   QPoint dragStart_;
   QPoint labelStart_;

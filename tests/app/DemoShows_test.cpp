@@ -5,11 +5,11 @@
 
 #include "app/HeadlessRunner.h"
 #include "app/Options.h"
-#include "core/clsText.h"
-#include "core/frmBackgrounds.h"
-#include "core/frmEffects.h"
-#include "core/frmMain.h"
-#include "render/clsDirectx.h"
+#include "core/TextEngine.h"
+#include "forms/BackgroundsForm.h"
+#include "forms/EffectsForm.h"
+#include "forms/MainForm.h"
+#include "render/FrameRenderer.h"
 
 namespace lumivane {
 namespace {
@@ -90,7 +90,7 @@ TEST(DemoShows, TheBackgroundDemoFindsItsPicturesBesideTheShowAndPlaysThem) {
   HeadlessSession session(parsed.options, err);
   std::string error;
   ASSERT_TRUE(session.LoadShow(path, error)) << error;
-  const frmBackgrounds& backgrounds = *session.Main().Backgrounds;
+  const BackgroundsForm& backgrounds = *session.Main().Backgrounds;
   ASSERT_EQ(backgrounds.Items().size(), 3u);
   EXPECT_EQ(backgrounds.Items()[1].Width, 640);
   EXPECT_EQ(backgrounds.Items()[1].Height, 360);
@@ -99,12 +99,12 @@ TEST(DemoShows, TheBackgroundDemoFindsItsPicturesBesideTheShowAndPlaysThem) {
   session.Play(2, nullptr, false);
   EXPECT_TRUE(session.FinishOutput(error)) << error;
   // Every picture is on the device, the first one shows, and the effect's and mask's pictures are in.
-  const clsDirectx& directx = session.Directx();
-  ASSERT_EQ(directx.BackgroundCount(), 3);
-  for (std::int32_t i = 1; i <= 3; ++i) EXPECT_NE(directx.GetBackGroundTexture(i), 0u) << i;
-  EXPECT_EQ(directx.BackgroundIndex(), 1);
-  EXPECT_NE(directx.GetEffectTexture(), 0u);
-  EXPECT_NE(directx.MaskTexture(), 0u);
+  const FrameRenderer& renderer = session.Renderer();
+  ASSERT_EQ(renderer.BackgroundCount(), 3);
+  for (std::int32_t i = 1; i <= 3; ++i) EXPECT_NE(renderer.GetBackGroundTexture(i), 0u) << i;
+  EXPECT_EQ(renderer.BackgroundIndex(), 1);
+  EXPECT_NE(renderer.GetEffectTexture(), 0u);
+  EXPECT_NE(renderer.MaskTexture(), 0u);
   EXPECT_EQ(err.str(), "");
 }
 
@@ -116,7 +116,7 @@ TEST(DemoShows, TheFactoryShowPutsEveryLayerBack) {
   std::string error;
   ASSERT_TRUE(session.LoadShow(demo, error)) << error;
   ASSERT_TRUE(session.LoadShow(std::string(LUMIVANE_SOURCE_RESOURCES) + "/Reset.xml", error)) << error;
-  const frmBackgrounds& backgrounds = *session.Main().Backgrounds;
+  const BackgroundsForm& backgrounds = *session.Main().Backgrounds;
   EXPECT_TRUE(backgrounds.Items().empty());
   EXPECT_FALSE(backgrounds.isBackGroundPlaying());
   EXPECT_EQ(backgrounds.MaskFileName(), "");

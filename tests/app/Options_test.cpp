@@ -9,7 +9,7 @@
 #include <QImage>
 
 #include "app/HeadlessRunner.h"
-#include "core/clsText.h"
+#include "core/TextEngine.h"
 
 namespace lumivane {
 namespace {
@@ -156,7 +156,7 @@ TEST(HeadlessTextLog, LogsEveryDrawnTextAndCopyFrameByFrame) {
   const auto parsed = ParseOptions({"--headless", "show.xml", "--fps", "10", "--seed", "5"});
   std::ostringstream err;
   HeadlessSession session(parsed.options, err);
-  clsText& text = session.Text();
+  TextEngine& text = session.Text();
 
   TextObject counter = NewTextObject(TextFont{"DejaVu Sans", 12});
   counter.Counter.ValueType = "Integer";

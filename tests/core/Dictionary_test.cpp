@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <fstream>
 
-#include "core/clsText.h"
+#include "core/TextEngine.h"
 #include "support/EngineFixture.h"
 
 namespace lumivane {

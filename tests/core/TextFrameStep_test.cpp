@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "core/clsText.h"
+#include "core/TextEngine.h"
 #include "support/EngineFixture.h"
 
 namespace lumivane {
@@ -145,7 +145,7 @@ TEST_F(TextTimingTest, PositionsAreDrawnWithinTheirRangeOrFollowTheSliders) {
 TEST_F(TextTimingTest, ColourVariesWithinItsRangeAndStaysPutWithoutOne) {
   AddFixed("c", 0);
   Live(1).Color = 0x00808080;
-  Live(1).RadomizeColor = 20;
+  Live(1).RandomizeColor = 20;
   for (int i = 0; i < 50; ++i) {
     clock.Advance(1);
     const auto c = static_cast<std::uint32_t>(text.TextFrameStep(1, 1, input).Color);
@@ -155,7 +155,7 @@ TEST_F(TextTimingTest, ColourVariesWithinItsRangeAndStaysPutWithoutOne) {
       ASSERT_LE(channel, 0x80 + 20);
     }
   }
-  Live(1).RadomizeColor = 0;
+  Live(1).RandomizeColor = 0;
   Live(1).SelfTime = 100000;
   clock.Advance(1);
   EXPECT_EQ(text.TextFrameStep(1, 1, input).Color, 0x00808080);

@@ -6,9 +6,9 @@
 #include <filesystem>
 #include <fstream>
 
-#include "core/frmBackgrounds.h"
-#include "core/frmEffects.h"
-#include "core/frmMain.h"
+#include "forms/BackgroundsForm.h"
+#include "forms/EffectsForm.h"
+#include "forms/MainForm.h"
 #include "persistence/ShowFile.h"
 #include "persistence/XmlDocument.h"
 #include "support/EngineFixture.h"
@@ -25,13 +25,13 @@ class GlobalBlockTest : public ::testing::Test, protected test::EngineFixture {
                  (std::string("lumivane_global_") + ::testing::UnitTest::GetInstance()->current_test_info()->name());
   ControlModel model;
   test::FakeMsgBox msg;
-  frmMain main{model, text, msg};
-  frmBackgrounds backgrounds{model, msg, main.BackgroundColor};
-  frmEffects effects{model};
+  MainForm main{model, text, msg};
+  BackgroundsForm backgrounds{model, msg, main.BackgroundColor};
+  EffectsForm effects{model};
   ShowFile show{main};
   std::string error;
-  const frmBackgrounds::Controls& bg = backgrounds.C();
-  const frmEffects::Controls& fx = effects.C();
+  const BackgroundsForm::Controls& bg = backgrounds.C();
+  const EffectsForm::Controls& fx = effects.C();
 
   void SetUp() override {
     fs::create_directories(dir);

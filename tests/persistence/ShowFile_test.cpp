@@ -6,7 +6,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "core/frmMain.h"
+#include "forms/MainForm.h"
 #include "persistence/XmlDocument.h"
 #include "support/EngineFixture.h"
 #include "support/FakeMsgBox.h"
@@ -22,7 +22,7 @@ class ShowFileTest : public ::testing::Test, protected test::EngineFixture {
                  (std::string("lumivane_show_") + ::testing::UnitTest::GetInstance()->current_test_info()->name());
   ControlModel model;
   test::FakeMsgBox msg;
-  frmMain form{model, text, msg};
+  MainForm form{model, text, msg};
   ShowFile show{form};
   std::string error;
 

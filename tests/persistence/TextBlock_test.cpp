@@ -22,7 +22,7 @@ TextObject Everything() {
   t.RandomizeFontSize = 3.25f;
   t.RandomizeFontSizeManual = 1;
   t.PulseFontSize = true;
-  t.RadomizeColor = 40;
+  t.RandomizeColor = 40;
   t.PulseFontColor = true;
   t.FONT_SIZE_ZERO = 48;
   t.FlashText = true;

@@ -6,8 +6,8 @@
 #include <fstream>
 #include <sstream>
 
-#include "core/OutputClones.h"
-#include "core/frmOutputConfiguration.h"
+#include "forms/OutputClones.h"
+#include "forms/OutputConfigurationForm.h"
 
 namespace lumivane {
 namespace {
@@ -58,7 +58,7 @@ class UIPositionFileTest : public ::testing::Test {
                  (std::string("lumivane_uip_") + ::testing::UnitTest::GetInstance()->current_test_info()->name());
   fs::path file = dir / "LastOutputPosition.LMVNUIP";
   ControlModel model;
-  frmOutputConfiguration form{model};
+  OutputConfigurationForm form{model};
   OutputClones clones{form};
   std::vector<PlacedWindow*> windows;
 

@@ -8,9 +8,9 @@
 #include <cstdlib>
 
 #include "core/Color.h"
-#include "core/frmEffects.h"
+#include "forms/EffectsForm.h"
 #include "render/TextureImage.h"
-#include "render/clsDirectx.h"
+#include "render/FrameRenderer.h"
 #include "support/EngineFixture.h"
 #include "support/RenderFixture.h"
 
@@ -31,13 +31,13 @@ class FrameLayersTest : public ::testing::Test {
     std::string error;
     device = CreateHeadlessDevice(kWidth, kHeight, error);
     ASSERT_NE(device, nullptr) << error;
-    ASSERT_TRUE(directx.Initialize(device.get(), "", error)) << error;
-    directx.WaitForImages = true;
+    ASSERT_TRUE(renderer.Initialize(device.get(), "", error)) << error;
+    renderer.WaitForImages = true;
     ASSERT_TRUE(folder.isValid());
     args.Text.BackBufferWidth = kWidth;
     args.Text.BackBufferHeight = kHeight;
   }
-  void TearDown() override { directx.Destroy(); }
+  void TearDown() override { renderer.Destroy(); }
 
   // A picture file: `paint` gives each pixel's 0xRRGGBB from its place.
   template <class Paint>
@@ -54,7 +54,7 @@ class FrameLayersTest : public ::testing::Test {
   }
 
   std::vector<std::uint8_t> Frame() {
-    directx.RenderFrame(args);
+    renderer.RenderFrame(args);
     std::vector<std::uint8_t> rgba;
     EXPECT_TRUE(device->ReadBackNow(rgba));
     return rgba;
@@ -63,13 +63,13 @@ class FrameLayersTest : public ::testing::Test {
 
   test::EngineFixture engine;
   std::unique_ptr<RenderDevice> device;
-  clsDirectx directx{engine.text};
+  FrameRenderer renderer{engine.text};
   FrameArguments args;
   QTemporaryDir folder;
 };
 
 TEST_F(FrameLayersTest, FadesScaleTheTintByTheTimeSinceTheChangeAndTheTimeLeft) {
-  directx.InitializeBackground(Solid("white.png", 0xFFFFFF), true, 8, 8);
+  renderer.InitializeBackground(Solid("white.png", 0xFFFFFF), true, 8, 8);
   args.Background.FadeIn = args.Background.FadeOut = true;
   args.Background.TimerInterval = 3000;  // fades of a second each
   Frame();                               // the change
@@ -83,7 +83,7 @@ TEST_F(FrameLayersTest, FadesScaleTheTintByTheTimeSinceTheChangeAndTheTimeLeft) 
   // From 10001 ms on the fade time is held at 3 s, while the fade out still starts a third of the
   // interval before the change: its first part saturates.
   args.Background.TimerInterval = 12000;
-  directx.InitializeBackground(folder.filePath("white.png").toStdString(), true, 8, 8);
+  renderer.InitializeBackground(folder.filePath("white.png").toStdString(), true, 8, 8);
   Frame();  // the change
   engine.clock.Advance(8500);
   EXPECT_EQ(Red(Centre()), 255) << "3500 ms left of a 3000 ms fade: above 255, held there";
@@ -93,10 +93,10 @@ TEST_F(FrameLayersTest, FadesScaleTheTintByTheTimeSinceTheChangeAndTheTimeLeft) 
 
 TEST_F(FrameLayersTest, TheTimerTurnsThroughTheVisiblePicturesAndNoneShowsTheClearColour) {
   const std::string red = Solid("red.png", 0xFF0000), blue = Solid("blue.png", 0x0000FF);
-  directx.InitializeBackground(red, true, 8, 8);
-  directx.InitializeBackground(blue, false, 8, 8);
-  directx.InitializeBackground(red, false, 8, 8);  // known: no second texture, the turn starts here
-  EXPECT_EQ(directx.BackgroundCount(), 2);
+  renderer.InitializeBackground(red, true, 8, 8);
+  renderer.InitializeBackground(blue, false, 8, 8);
+  renderer.InitializeBackground(red, false, 8, 8);  // known: no second texture, the turn starts here
+  EXPECT_EQ(renderer.BackgroundCount(), 2);
   args.Background.TimerInterval = 100;
   args.ClearColor = ProgramColor(0, 255, 0);
   EXPECT_EQ(Centre(), 0xFF0000u);
@@ -107,15 +107,15 @@ TEST_F(FrameLayersTest, TheTimerTurnsThroughTheVisiblePicturesAndNoneShowsTheCle
   engine.clock.Advance(110);
   EXPECT_EQ(Centre(), 0xFF0000u) << "round again";
 
-  directx.InitializeBackground({}, true, 0, 0);  // every picture hidden
+  renderer.InitializeBackground({}, true, 0, 0);  // every picture hidden
   engine.clock.Advance(110);
   EXPECT_EQ(Centre(), 0x00FF00u);
-  EXPECT_EQ(directx.BackgroundIndex(), 0);
+  EXPECT_EQ(renderer.BackgroundIndex(), 0);
 }
 
 TEST_F(FrameLayersTest, TilesRepeatThePictureAndAPictureThatWillNotLoadShowsTheTint) {
   // Left half red, right half blue: each tile is one red and one blue run across a row.
-  directx.InitializeBackground(Picture("halves.png", 8, 8, [](int x, int) { return x < 4 ? 0xFF0000u : 0x0000FFu; }),
+  renderer.InitializeBackground(Picture("halves.png", 8, 8, [](int x, int) { return x < 4 ? 0xFF0000u : 0x0000FFu; }),
                                true, 8, 8);
   args.Background.TileX = 3;
   const std::vector<std::uint8_t> rgba = Frame();
@@ -128,7 +128,7 @@ TEST_F(FrameLayersTest, TilesRepeatThePictureAndAPictureThatWillNotLoadShowsTheT
   }
   EXPECT_EQ(runs, 6);
 
-  directx.InitializeBackground(folder.filePath("missing.png").toStdString(), true, 8, 8);
+  renderer.InitializeBackground(folder.filePath("missing.png").toStdString(), true, 8, 8);
   args.Background.FilterColor = ProgramColor(0, 0, 200);
   EXPECT_EQ(Centre(), 0x0000C8u);
 }
@@ -200,7 +200,7 @@ TEST_F(FrameLayersTest, EachBlendPairOfTheEffectOverThePicture) {
 
 TEST_F(FrameLayersTest, TheEffectColourDriftsOnItsTimerAndHoldKeepsTheLayout) {
   std::vector<std::int32_t> drift;
-  directx.EffectColorChanged = [&drift](std::int32_t c) { drift.push_back(c); };
+  renderer.EffectColorChanged = [&drift](std::int32_t c) { drift.push_back(c); };
   args.Effect.Enabled = true;
   args.Effect.Color = ProgramColor(128, 128, 128);
   args.Effect.ColorRandom = 100;
@@ -238,7 +238,7 @@ TEST_F(FrameLayersTest, OutputStageInvertMaskAndFade) {
   args.Fade = 255;
 
   // A mask of another size is scaled over the whole output: its left half black.
-  directx.CreateMaskTexture(Picture("mask.png", 10, 6, [](int x, int) { return x < 5 ? 0u : 0xFFFFFFu; }));
+  renderer.CreateMaskTexture(Picture("mask.png", 10, 6, [](int x, int) { return x < 5 ? 0u : 0xFFFFFFu; }));
   args.MaskEnabled = true;
   const std::vector<std::uint8_t> masked = Frame();
   EXPECT_EQ(test::Pixel(masked, kWidth, kWidth / 4, kHeight / 2), 0u);
@@ -246,7 +246,7 @@ TEST_F(FrameLayersTest, OutputStageInvertMaskAndFade) {
   args.Fade = 128;  // folded into the mask's draw: the same product
   EXPECT_NEAR(Red(test::Pixel(Frame(), kWidth, kWidth * 3 / 4, kHeight / 2)), 128, 1);
   args.Fade = 255;
-  directx.CreateMaskTexture(folder.filePath("no-mask.png").toStdString());
+  renderer.CreateMaskTexture(folder.filePath("no-mask.png").toStdString());
   EXPECT_EQ(Centre(), 0xFFFFFFu) << "a mask that will not load multiplies with white";
 }
 
@@ -266,9 +266,9 @@ class OutputPassTest : public FrameLayersTest {
   // the frame made by the rectangles.
   int OnePassAgainstRectangles() {
     Frame();  // any new layout is made here, and both frames below keep it
-    directx.FinishInOnePass = true;
+    renderer.FinishInOnePass = true;
     const std::vector<std::uint8_t> one = Frame();
-    directx.FinishInOnePass = false;
+    renderer.FinishInOnePass = false;
     const std::vector<std::uint8_t> drawn = Frame();
     int most = 0;
     for (std::size_t i = 0; i < one.size(); ++i)
@@ -281,10 +281,10 @@ TEST_F(OutputPassTest, TheOnePassMakesThePictureTheRectanglesMake) {
   ASSERT_TRUE(device->FinishOutput({})) << "the compute pass is offered here";
   // Every level of each channel under the passes, and a mask of another size stretched over it,
   // point-sampled as the frame leaves the stage.
-  directx.InitializeBackground(Picture("ramp.png", 256, 4, [](int x, int y) {
+  renderer.InitializeBackground(Picture("ramp.png", 256, 4, [](int x, int y) {
     return static_cast<std::uint32_t>(x << 16 | (255 - x) << 8 | ((x * (y + 1) * 37) & 0xFF));
   }), true, 256, 4);
-  directx.CreateMaskTexture(Picture("mask-ramp.png", 37, 11, [](int x, int y) {
+  renderer.CreateMaskTexture(Picture("mask-ramp.png", 37, 11, [](int x, int y) {
     return static_cast<std::uint32_t>((x * 7) << 16 | (y * 23) << 8 | ((x + y) * 5));
   }));
   const std::vector<std::uint8_t> plain = Frame();
@@ -300,19 +300,19 @@ TEST_F(OutputPassTest, TheOnePassMakesThePictureTheRectanglesMake) {
     EXPECT_LE(OnePassAgainstRectangles(), 1) << "invert " << c.invert << ", mask " << c.mask << ", fade " << c.fade;
     EXPECT_NE(Frame(), plain) << "the passes changed the picture";
   }
-  directx.CreateMaskTexture(folder.filePath("no-mask.png").toStdString());
+  renderer.CreateMaskTexture(folder.filePath("no-mask.png").toStdString());
   args.Invert = false;
   args.Fade = 200;
   EXPECT_LE(OnePassAgainstRectangles(), 1) << "a mask that will not load multiplies with white both ways";
 }
 
 TEST_F(OutputPassTest, TheEffectsRectangleJoinsThePass) {
-  directx.InitializeBackground(Picture("ramp.png", 256, 4, [](int x, int) {
+  renderer.InitializeBackground(Picture("ramp.png", 256, 4, [](int x, int) {
     return static_cast<std::uint32_t>(x << 16 | (255 - x) << 8 | 0x80);
   }), true, 256, 4);
   // A picture of another size, tiled twice across rectangles laid out at random, some smaller
   // and some larger than the output, with fractional edges.
-  directx.SetEffectTexture(Picture("effect.png", 24, 16, [](int x, int y) {
+  renderer.SetEffectTexture(Picture("effect.png", 24, 16, [](int x, int y) {
     return static_cast<std::uint32_t>((x * 10) << 16 | (y * 15) << 8 | 0x40);
   }));
   args.Effect.Enabled = true;
@@ -333,7 +333,7 @@ TEST_F(OutputPassTest, TheEffectsRectangleJoinsThePass) {
       EXPECT_LE(OnePassAgainstRectangles(), 2) << source << " over " << target << ", layout " << layout;
     }
   }
-  directx.ResetEffectTexture();
+  renderer.ResetEffectTexture();
   EXPECT_LE(OnePassAgainstRectangles(), 2) << "without a picture, the colour alone";
 }
 
@@ -373,9 +373,9 @@ TEST_F(FrameLayersTest, TheFeedbackCopyRunsAtItsRate) {
   EXPECT_EQ(last, (std::vector<int>{1, 1, 1, 1, 1, 1, 7, 7, 7, 7, 7, 7, 13}));
 
   // A rate of 0 copies once, the first time, and never again.
-  clsDirectx once{engine.text};
+  FrameRenderer once{engine.text};
   std::string error;
-  directx.Destroy();
+  renderer.Destroy();
   ASSERT_TRUE(once.Initialize(device.get(), "", error));
   args.FeedbackRate = 0;
   args.ClearColor = ProgramColor(50, 0, 0);
@@ -392,11 +392,11 @@ TEST_F(FrameLayersTest, TheFeedbackCopyRunsAtItsRate) {
 }
 
 TEST_F(FrameLayersTest, APictureComingInSlicesLeavesTheLastOneOnShow) {
-  directx.InitializeBackground(Solid("red.png", 0xFF0000), true, 8, 8);
+  renderer.InitializeBackground(Solid("red.png", 0xFF0000), true, 8, 8);
   EXPECT_EQ(Centre(), 0xFF0000u);
-  directx.WaitForImages = false;
-  directx.UploadPixelsPerFrame = 64 * 16;  // a 64 x 64 picture takes four frames
-  directx.InitializeBackground(Solid("blue.png", 0x0000FF), true, 64, 64);
+  renderer.WaitForImages = false;
+  renderer.UploadPixelsPerFrame = 64 * 16;  // a 64 x 64 picture takes four frames
+  renderer.InitializeBackground(Solid("blue.png", 0x0000FF), true, 64, 64);
   int frames = 0;
   std::uint32_t shown = 0xFF0000u;
   while (shown == 0xFF0000u && frames < 500) {
@@ -411,7 +411,7 @@ TEST_F(FrameLayersTest, APictureComingInSlicesLeavesTheLastOneOnShow) {
   args.Effect.Enabled = true;
   args.Effect.SourceBlend = 2;  // ONE over ZERO: the effect alone
   args.Effect.TargetBlend = 1;
-  directx.SetEffectTexture(Solid("green.png", 0x00FF00));
+  renderer.SetEffectTexture(Solid("green.png", 0x00FF00));
   shown = Centre();
   EXPECT_EQ(shown, 0x0000FFu);
   for (frames = 0; shown == 0x0000FFu && frames < 500; ++frames) shown = Centre();
@@ -423,17 +423,17 @@ TEST_F(FrameLayersTest, TheFinishedPictureGoesToABitmapAndToATexture) {
   Frame();
   const std::string path = folder.filePath("out.bmp").toStdString();
   std::string error;
-  ASSERT_TRUE(directx.RenderToFile(path, error)) << error;
+  ASSERT_TRUE(renderer.RenderToFile(path, error)) << error;
   const QImage written(QString::fromStdString(path), "BMP");
   ASSERT_EQ(written.size(), QSize(kWidth, kHeight));
   EXPECT_EQ(written.pixel(3, kHeight - 2) & 0xFFFFFFu, 0xC86432u) << "rows bottom first, BGR";
-  EXPECT_FALSE(directx.RenderToFile(folder.filePath("no/such/folder/out.bmp").toStdString(), error));
+  EXPECT_FALSE(renderer.RenderToFile(folder.filePath("no/such/folder/out.bmp").toStdString(), error));
   EXPECT_FALSE(error.empty());
 
   float rx = 0, ry = 0;
-  const TextureId texture = directx.GetCurrentOutputTexture(rx, ry);
+  const TextureId texture = renderer.GetCurrentOutputTexture(rx, ry);
   ASSERT_NE(texture, 0u);
-  EXPECT_EQ(directx.GetCurrentOutputTexture(rx, ry), texture) << "one texture, refilled";
+  EXPECT_EQ(renderer.GetCurrentOutputTexture(rx, ry), texture) << "one texture, refilled";
   EXPECT_FLOAT_EQ(rx, 1.0f);
   EXPECT_FLOAT_EQ(ry, 1.0f);
   std::uint32_t corner = 0;
@@ -446,12 +446,12 @@ TEST_F(FrameLayersTest, TheFinishedPictureGoesToABitmapAndToATexture) {
 TEST_F(FrameLayersTest, ThePresetOverlayFadesOverItsFrames) {
   args.ClearColor = ProgramColor(255, 255, 255);
   Frame();
-  directx.InitializeMachineStateOverlay(0);
+  renderer.InitializeMachineStateOverlay(0);
   args.ClearColor = ProgramColor(0, 0, 100);
   EXPECT_EQ(Centre(), 0x000064u) << "an overlay of 0 frames draws nothing";
   args.ClearColor = ProgramColor(255, 255, 255);
   Frame();
-  directx.InitializeMachineStateOverlay(4);
+  renderer.InitializeMachineStateOverlay(4);
   args.ClearColor = 0;
   // The old white times its share, blended with itself (SRC_COLOR), over black (the destination
   // times itself stays black): grey g of 255 shows g x g / 255.

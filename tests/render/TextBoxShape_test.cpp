@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "render/CD3DFrame.h"
+#include "render/SceneNode.h"
 #include "render/TextBox.h"
 #include "render/TextBoxShape.h"
 
@@ -108,35 +108,35 @@ TEST_F(TextBoxShapeTest, TheQuadAndItsOutline) {
 
 // Merges: before (applied to points first), after, or in place of the frame's matrix; children
 // follow their parent at the next update.
-TEST(CD3DFrame, MatricesMergeInTheirOrderAndChildrenFollowTheirParent) {
+TEST(SceneNode, MatricesMergeInTheirOrderAndChildrenFollowTheirParent) {
   auto transform = [](const Matrix& m, float x) {
     const float p[3] = {x, 0, 0};
     float out[4];
     m.Transform(p, out);
     return out[0];
   };
-  CD3DFrame root;
-  CD3DFrame* text = root.AddChild();
-  text->AddTranslation(CD3DFrame::kReplace, 5, 0, 0);
-  text->AddScale(CD3DFrame::kBefore, 2, 2, 2);  // scale first, then move: 1 -> 2 -> 7
+  SceneNode root;
+  SceneNode* text = root.AddChild();
+  text->AddTranslation(SceneNode::kReplace, 5, 0, 0);
+  text->AddScale(SceneNode::kBefore, 2, 2, 2);  // scale first, then move: 1 -> 2 -> 7
   EXPECT_FLOAT_EQ(transform(text->GetUpdatedMatrix(), 1), 7.0f);
-  text->AddTranslation(CD3DFrame::kReplace, 5, 0, 0);
-  text->AddScale(CD3DFrame::kAfter, 2, 2, 2);  // move first, then scale: 1 -> 6 -> 12
+  text->AddTranslation(SceneNode::kReplace, 5, 0, 0);
+  text->AddScale(SceneNode::kAfter, 2, 2, 2);  // move first, then scale: 1 -> 6 -> 12
   EXPECT_FLOAT_EQ(transform(text->GetUpdatedMatrix(), 1), 12.0f);
   // Yaw turns x towards -z: a quarter turn about y takes (1, 0, 0) to (0, 0, -1).
-  text->AddRotationXYZ(CD3DFrame::kReplace, 0, kPi / 2, 0);
+  text->AddRotationXYZ(SceneNode::kReplace, 0, kPi / 2, 0);
   const float p[3] = {1, 0, 0};
   float out[4];
   text->GetUpdatedMatrix().Transform(p, out);
   EXPECT_NEAR(out[0], 0.0f, 1e-6);
   EXPECT_NEAR(out[2], -1.0f, 1e-6);
 
-  text->AddTranslation(CD3DFrame::kReplace, 1, 0, 0);
-  root.AddTranslation(CD3DFrame::kReplace, 10, 0, 0);
+  text->AddTranslation(SceneNode::kReplace, 1, 0, 0);
+  root.AddTranslation(SceneNode::kReplace, 10, 0, 0);
   EXPECT_FLOAT_EQ(transform(text->GetUpdatedMatrix(), 0), 1.0f);  // not yet
   root.UpdateFrames();
   EXPECT_FLOAT_EQ(transform(text->GetUpdatedMatrix(), 0), 11.0f);
-  text->AddScale(CD3DFrame::kBefore, 3, 3, 3);  // the parent's move stays under a later merge
+  text->AddScale(SceneNode::kBefore, 3, 3, 3);  // the parent's move stays under a later merge
   EXPECT_FLOAT_EQ(transform(text->GetUpdatedMatrix(), 1), 14.0f);
 }
 

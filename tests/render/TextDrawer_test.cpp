@@ -5,7 +5,7 @@
 #include "core/TextObject.h"
 #include "render/RenderDevice.h"
 #include "render/TextDrawer.h"
-#include "render/clsDirectx.h"
+#include "render/FrameRenderer.h"
 #include "support/EngineFixture.h"
 #include "support/RenderFixture.h"
 
@@ -117,38 +117,38 @@ TEST_F(TextDrawerTest, ClipsToTheBoxUnlessToldNotTo) {
 namespace lumivane {
 namespace {
 
-TEST(clsDirectx, TellsItsCapabilitiesAndBitDepthInItsOwnWords) {
+TEST(FrameRenderer, TellsItsCapabilitiesAndBitDepthInItsOwnWords) {
   DeviceCaps caps;
   caps.MaxTextureWidth = caps.MaxTextureHeight = 16384;
   caps.MaxSimultaneousTextures = 8;
   caps.MaxVertexCount = 3000;
-  const std::string info = clsDirectx::DevicePropertyInfo(caps);
+  const std::string info = FrameRenderer::DevicePropertyInfo(caps);
   EXPECT_EQ(info.substr(0, info.find("\r\n")),
             "Display Adapater Capabilities                                               ");
   EXPECT_NE(info.find("\r\nMax Texture Height: 16384\r\nMax Texture Width: 16384\r\n"), std::string::npos);
   EXPECT_NE(info.find("Max Simultaneous TextureCount: 8\r\nMax VertexCount: 3000\r\n"), std::string::npos);
   EXPECT_NE(info.find("Non-Square Textures\r\nProjection Mapping is possible at all Resolutions"), std::string::npos);
   caps.SquareTexturesOnly = true;
-  EXPECT_NE(clsDirectx::DevicePropertyInfo(caps).find("Projection Mapping is possible only at square Resolutions"),
+  EXPECT_NE(FrameRenderer::DevicePropertyInfo(caps).find("Projection Mapping is possible only at square Resolutions"),
             std::string::npos);
-  EXPECT_EQ(clsDirectx::BitDepthOf(21), 32);
-  EXPECT_EQ(clsDirectx::BitDepthOf(22), 32);
-  EXPECT_EQ(clsDirectx::BitDepthOf(23), 24);  // R5G6B5 is really 16-bit, and still reports 24
+  EXPECT_EQ(FrameRenderer::BitDepthOf(21), 32);
+  EXPECT_EQ(FrameRenderer::BitDepthOf(22), 32);
+  EXPECT_EQ(FrameRenderer::BitDepthOf(23), 24);  // R5G6B5 is really 16-bit, and still reports 24
 }
 
 
 // Character by character: each character where the one before ended, each line back at the left
 // and one character's height lower.
-TEST(clsDirectx, DrawsVisibleTextCharacterByCharacter) {
+TEST(FrameRenderer, DrawsVisibleTextCharacterByCharacter) {
   test::EngineFixture engine;
   std::string error;
   auto device = CreateHeadlessDevice(120, 80, error);
   ASSERT_NE(device, nullptr) << error;
-  clsDirectx directx(engine.text);
-  ASSERT_TRUE(directx.Initialize(device.get(), "", error)) << error;
+  FrameRenderer renderer(engine.text);
+  ASSERT_TRUE(renderer.Initialize(device.get(), "", error)) << error;
   device->BeginScene();
   device->Clear(0xFF000000);
-  const float height = directx.RenderVisibleText(kSans, 20, 0xFF00FF00, "MM\r\nMM", TextRect{10, 5, 10, 5}, kTextNoClip);
+  const float height = renderer.RenderVisibleText(kSans, 20, 0xFF00FF00, "MM\r\nMM", TextRect{10, 5, 10, 5}, kTextNoClip);
   device->EndScene();
   std::vector<std::uint8_t> rgba;
   ASSERT_TRUE(device->ReadBackNow(rgba));
@@ -166,7 +166,7 @@ TEST(clsDirectx, DrawsVisibleTextCharacterByCharacter) {
     EXPECT_NEAR(left[line], 11, 3) << line;
     EXPECT_GT(right[line], 35) << line;  // two characters side by side
   }
-  directx.Destroy();
+  renderer.Destroy();
 }
 
 }  // namespace

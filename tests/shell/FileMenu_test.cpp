@@ -6,7 +6,7 @@
 #include <QTemporaryDir>
 #include <fstream>
 
-#include "core/frmMain.h"
+#include "forms/MainForm.h"
 #include "persistence/ShowFile.h"
 #include "support/EngineFixture.h"
 #include "support/FakeMsgBox.h"
@@ -19,7 +19,7 @@ TEST(FileMenu, SavesOpensAndAsksBeforeDroppingChanges) {
   test::EngineFixture engine;
   ControlModel model;
   test::FakeMsgBox msg;
-  frmMain form(model, engine.text, msg);
+  MainForm form(model, engine.text, msg);
   ShowFile show(form);
   QMainWindow window;
   FileMenu menu(window, form, show, msg, dir.path());

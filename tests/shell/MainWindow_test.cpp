@@ -7,19 +7,19 @@
 #include <QLabel>
 #include <QPushButton>
 
-#include "core/frmMain.h"
+#include "forms/MainForm.h"
 #include "support/EngineFixture.h"
 #include "support/FakeMsgBox.h"
 
 namespace lumivane {
 namespace {
 
-// The main window's widgets are views of frmMain's controls: an operator's hand edits the text.
+// The main window's widgets are views of MainForm's controls: an operator's hand edits the text.
 TEST(MainWindow, TheTextEditorAndPaneActOnTheSelectedText) {
   test::EngineFixture engine;
   ControlModel model;
   test::FakeMsgBox msg;
-  frmMain form(model, engine.text, msg);
+  MainForm form(model, engine.text, msg);
   MainWindow window(form);
 
   window.findChild<QPushButton*>("cmdAddText")->click();

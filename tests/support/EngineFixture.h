@@ -3,7 +3,7 @@
 #include "core/Clock.h"
 #include "core/EngineContext.h"
 #include "core/RandomSource.h"
-#include "core/clsText.h"
+#include "core/TextEngine.h"
 
 namespace lumivane::test {
 
@@ -12,7 +12,7 @@ struct EngineFixture {
   FakeClock clock{100000};
   SeededRandom random{1};
   EngineContext context{clock, random};
-  clsText text{context};
+  TextEngine text{context};
 
   // Appends a default text whose counter shows `shown`.
   std::int32_t AddText(const std::string& shown = {}) {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "core/MsgBox.h"
+#include "forms/MsgBox.h"
 
 namespace lumivane::test {
 

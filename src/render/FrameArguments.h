@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+
+#include "render/BackgroundMesh.h"
+#include "core/TextFrame.h"
+
+namespace lumivane {
+
+// The background's controls as one frame reads them.
+struct BackgroundArguments : LayerPlacement {
+  std::int32_t FilterColor = 0xFFFFFF;  // piCFilterColor, program order
+  std::int32_t FilterRandom = 0;
+  std::int32_t TimerInterval = 5000;  // ms
+  bool HoldTimer = false;
+  bool ComputeAspectRatio = false, FadeIn = false, FadeOut = false;
+  bool Feedback = false;
+};
+
+// The effect layer's controls as one frame reads them; blends as device codes.
+struct EffectArguments : LayerPlacement {
+  bool ComputeAspectRatio = false, Enabled = false, Capture = false, HoldTimer = false;
+  int SourceBlend = 3, TargetBlend = 9;
+  std::int32_t Color = 0xFFFFFF, ColorRandom = 0, Timer = 1000;
+};
+
+// What MainForm.Render reads from the controls once a frame and hands to RenderFrame. The passes
+// that are not built yet add their values as they come.
+struct FrameArguments {
+  std::int32_t ClearColor = 0;     // picBackGroundColor's colour, program order
+  bool KeepPreviousFrame = false;  // the global that chkHoldBackground sets
+  BackgroundArguments Background;
+  EffectArguments Effect;
+  // The output stage.
+  bool MaskEnabled = false;
+  std::int32_t FeedbackRate = 25;  // copies of the output a second while feeding back
+  std::int32_t Fade = 255;         // 255 leaves the picture, 0 is black
+  bool Invert = false;
+  TextFrameInput Text;
+  // The preview pane the text boxes are placed on; the flat texts scale from it to the back buffer.
+  int PreviewWidth = 480;
+  int PreviewHeight = 270;
+};
+
+}  // namespace lumivane

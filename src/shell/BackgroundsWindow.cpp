@@ -1,0 +1,242 @@
+#include "shell/BackgroundsWindow.h"
+
+#include <QCheckBox>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QIntValidator>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPixmap>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "forms/BackgroundsForm.h"
+#include "shell/FormRows.h"
+#include "shell/WidgetBinding.h"
+
+namespace lumivane {
+
+namespace {
+
+QIcon GreyTile() {
+  QImage tile(BackgroundsWindow::kThumbWidth, BackgroundsWindow::kThumbHeight, QImage::Format_RGB32);
+  tile.fill(QColor(128, 128, 128));
+  return QIcon(QPixmap::fromImage(tile));
+}
+
+std::vector<std::string> ListFiles(const std::string& folder) {
+  std::vector<std::string> files;
+  const QFileInfoList entries =
+      QDir(QString::fromStdString(folder)).entryInfoList(QDir::Files, QDir::Name | QDir::IgnoreCase);
+  files.reserve(static_cast<std::size_t>(entries.size()));
+  for (const QFileInfo& entry : entries) files.push_back(entry.absoluteFilePath().toStdString());
+  return files;
+}
+
+}  // namespace
+
+BackgroundsWindow::BackgroundsWindow(BackgroundsForm& form, QWidget* parent) : QWidget(parent), form_(form) {
+  setObjectName(ToQString(BackgroundsForm::kFormName));
+  setWindowTitle(tr("Backgrounds"));
+  setWindowFlag(Qt::Tool);
+  ControlModel& m = form.Model();
+  const BackgroundsForm::Controls& c = form.C();
+  auto bind = [&m](auto* widget, ControlHandle control) {
+    WidgetBinding::Bind(m, control, widget);
+    return widget;
+  };
+  auto button = [&](ControlHandle control, QWidget* owner) { return bind(new QPushButton(owner), control); };
+
+  auto* columns = new QHBoxLayout(this);
+  auto* left = new QVBoxLayout;
+  auto* right = new QVBoxLayout;
+  columns->addLayout(left, 1);
+  columns->addLayout(right);
+
+  list_ = new QListWidget(this);
+  list_->setViewMode(QListView::IconMode);
+  list_->setIconSize(QSize(kThumbWidth, kThumbHeight));
+  list_->setGridSize(QSize(kThumbWidth + 24, kThumbHeight + 3 * fontMetrics().lineSpacing() + 8));
+  list_->setResizeMode(QListView::Adjust);
+  list_->setMovement(QListView::Static);
+  list_->setWordWrap(true);
+  list_->setUniformItemSizes(true);
+  list_->setMinimumSize(4 * (kThumbWidth + 24) + 24, 2 * (kThumbHeight + 3 * fontMetrics().lineSpacing() + 8));
+  bind(list_, c.ListBackgrounds);
+  // Observed after the binding, so each refill it makes is dressed again at once.
+  listObserver_ = m.Observe(c.ListBackgrounds, [this](const ControlEvent& e) {
+    if (e.change == ChangeKind::Items || e.change == ChangeKind::Properties) DressItems();
+  });
+  // A click on the row that is already current changes no row; a double click sends it again.
+  connect(list_, &QListWidget::itemDoubleClicked, this, [this](QListWidgetItem* item) {
+    form_.Model().SelectItem(form_.C().ListBackgrounds, list_->row(item) + 1, Origin::Widget);
+  });
+  left->addWidget(list_, 1);
+
+  auto* load = new QHBoxLayout;
+  load->addWidget(button(c.cmdLoadBackground, this));
+  load->addWidget(button(c.cmdLoadBackGroundFolder, this));
+  load->addWidget(button(c.cmdPlay, this));
+  load->addWidget(button(c.cmdSendBackgroundToOutput, this));
+  left->addLayout(load);
+  auto* edit = new QHBoxLayout;
+  QPushButton* remove = button(c.cmdDeletebackGroundImage, this);
+  // Before the click reaches the form, which removes what the model holds as selected.
+  connect(remove, &QPushButton::pressed, this, [this] { StoreSelection(); });
+  edit->addWidget(remove);
+  edit->addWidget(button(c.cmdResetBackGroundImages, this));
+  edit->addWidget(button(c.cmdEraseBackgroundOtput, this));
+  edit->addStretch();
+  left->addLayout(edit);
+  auto* checks = new QHBoxLayout;
+  for (ControlHandle h : {c.chkComputeAspectRatio, c.chkImageFadeIn, c.chkImageFadeOut})
+    checks->addWidget(bind(new QCheckBox(this), h));
+  checks->addStretch();
+  left->addLayout(checks);
+
+  auto* feedback = new QGroupBox(tr("Feedback"), this);
+  auto* feedbackGrid = new QGridLayout(feedback);
+  feedbackGrid->addWidget(button(c.cmdFeedBack, feedback), 0, 0);
+  feedbackGrid->addWidget(bind(new QCheckBox(feedback), c.chkHoldBackground), 0, 1, 1, 2);
+  AddSliderRow(feedbackGrid, m, c.SliderRecordFramesPerSecond, tr("Feedback rate (fps)"));
+  left->addWidget(feedback);
+
+  auto* mask = new QGroupBox(tr("Mask"), this);
+  auto* maskLayout = new QHBoxLayout(mask);
+  maskLayout->addWidget(button(c.cmdEnableMask, mask));
+  maskLayout->addWidget(button(c.cmdLockMask, mask));
+  maskLayout->addWidget(button(c.cmdLoadMask, mask));
+  maskLayout->addWidget(bind(new QLabel(mask), c.lblMaskFileName), 1);
+  left->addWidget(mask);
+
+  auto* look = new QGroupBox(tr("Look"), this);
+  auto* lookGrid = new QGridLayout(look);
+  AddColourRow(lookGrid, m, c.picBackGroundColor, tr("Clear colour"));
+  AddColourRow(lookGrid, m, c.piCFilterColor, tr("Tint"));
+  AddSliderRow(lookGrid, m, c.sliderRandomBackgroundFilterColor, tr("Tint random"));
+  auto* interval = bind(new QLineEdit(look), c.txtTimerInterval);
+  interval->setValidator(new QIntValidator(0, 24 * 3600 * 1000, interval));
+  const int intervalRow = lookGrid->rowCount();
+  lookGrid->addWidget(new QLabel(tr("Change every (ms)"), look), intervalRow, 0);
+  lookGrid->addWidget(interval, intervalRow, 1, 1, 2);
+  AddCheckRow(lookGrid, m, c.chkHoldBackgroundTimer);
+  AddLayoutRows(lookGrid, m,
+                {c.SliderBackGroundPositionRandomX, c.SliderBackGroundPositionRandomY, c.chkBackGroundPositionUniform,
+                 c.SliderBackgroundSizeRandomX, c.SliderBackgroundSizeRandomY, c.chkBackGroundSizeUniform,
+                 c.SliderBackgroundTileX, c.SliderBackgroundTileY, c.chkRandomizeTiling, c.SliderBackGroundOffsetX,
+                 c.SliderBackGroundOffsetY, c.chkRandomizeOffset});
+  right->addWidget(look);
+
+  auto* output = new QGroupBox(tr("Output"), this);
+  auto* outputGrid = new QGridLayout(output);
+  AddSliderRow(outputGrid, m, c.SliderFadeOut, tr("Brightness"));
+  AddCheckRow(outputGrid, m, c.chkInvertOutput);
+  right->addWidget(output);
+  right->addStretch();
+
+  const QString filter = PictureDialogFilter();
+  form.ChooseFiles = [this, filter] {
+    const QStringList files = QFileDialog::getOpenFileNames(this, tr("Load Images"), PictureFolder, filter);
+    std::vector<std::string> chosen;
+    chosen.reserve(static_cast<std::size_t>(files.size()));
+    for (const QString& f : files) chosen.push_back(f.toStdString());
+    if (!files.isEmpty()) Remember(files.first());
+    return chosen;
+  };
+  form.ChooseFolder = [this] {
+    const QString folder = QFileDialog::getExistingDirectory(this, tr("Load Folder"), PictureFolder);
+    if (!folder.isEmpty()) PictureFolder = folder;
+    return folder.toStdString();
+  };
+  form.ChooseMaskFile = [this, filter] {
+    const QString file = QFileDialog::getOpenFileName(this, tr("Load Mask"), PictureFolder, filter);
+    if (!file.isEmpty()) Remember(file);
+    return file.toStdString();
+  };
+  // The application may know better (a listing it already holds); the plain one holds no window.
+  if (!form.ListFolder) form.ListFolder = ListFiles;
+  form.ListChanged = [this] { MakeThumbnails(); };
+
+  DressItems();
+  MakeThumbnails();
+}
+
+BackgroundsWindow::~BackgroundsWindow() {
+  form_.Model().Disconnect(form_.C().ListBackgrounds, listObserver_);
+  form_.ChooseFiles = nullptr;
+  form_.ChooseFolder = nullptr;
+  form_.ChooseMaskFile = nullptr;
+  form_.ListChanged = nullptr;
+}
+
+void BackgroundsWindow::Remember(const QString& chosenFile) { PictureFolder = QFileInfo(chosenFile).absolutePath(); }
+
+void BackgroundsWindow::MakeThumbnails() {
+  QSet<QString> listed;
+  for (const BackgroundItem& item : form_.Items()) listed.insert(QString::fromStdString(item.FileName));
+  // Thumbnails of pictures no longer listed go: a long show would keep every one it ever had.
+  for (auto it = thumbnails_.begin(); it != thumbnails_.end();) {
+    if (listed.contains(it.key())) ++it;
+    else it = thumbnails_.erase(it);
+  }
+  for (const QString& file : listed) {
+    if (thumbnails_.contains(file) || decoding_.contains(file)) continue;
+    decoding_.insert(file);
+    DecodeTileAsync(this, file, QSize(kThumbWidth, kThumbHeight),
+                    [this, file](const QImage& tile) { Thumbnail(file, tile); });
+  }
+}
+
+void BackgroundsWindow::Thumbnail(const QString& file, const QImage& tile) {
+  decoding_.remove(file);
+  const std::string name = file.toStdString();
+  const auto& items = form_.Items();
+  bool listed = false;
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    if (items[i].FileName != name) continue;
+    if (!listed) thumbnails_.insert(file, tile.isNull() ? GreyTile() : QIcon(QPixmap::fromImage(tile)));
+    listed = true;
+    if (QListWidgetItem* item = list_->item(static_cast<int>(i))) item->setIcon(thumbnails_.value(file));
+  }
+}
+
+void BackgroundsWindow::DressItems() {
+  const Control* control = form_.C().ListBackgrounds.get();
+  if (control == nullptr) return;
+  const auto& items = form_.Items();
+  const int rows = std::min(list_->count(), static_cast<int>(control->ListItems.size()));
+  for (int i = 0; i < rows; ++i) {
+    const ListItem& shown = control->ListItems[static_cast<std::size_t>(i)];
+    QString text = QString::fromStdString(shown.Text);
+    // A picture kept from a show without being read has no size to tell.
+    if (shown.SubItems.size() >= 2 && shown.SubItems[0] != "0")
+      text += QStringLiteral("\n%1 x %2").arg(QString::fromStdString(shown.SubItems[0]),
+                                               QString::fromStdString(shown.SubItems[1]));
+    QListWidgetItem* item = list_->item(i);
+    item->setText(text);
+    if (static_cast<std::size_t>(i) >= items.size()) continue;
+    const QString file = QString::fromStdString(items[static_cast<std::size_t>(i)].FileName);
+    item->setToolTip(file);
+    if (const auto found = thumbnails_.constFind(file); found != thumbnails_.cend()) item->setIcon(*found);
+  }
+}
+
+void BackgroundsWindow::StoreSelection() {
+  const Control* control = form_.C().ListBackgrounds.get();
+  if (control == nullptr) return;
+  std::vector<ListItem> items = control->ListItems;
+  bool changed = false;
+  for (int i = 0; i < list_->count() && i < static_cast<int>(items.size()); ++i) {
+    const bool selected = list_->item(i)->isSelected();
+    changed = changed || items[static_cast<std::size_t>(i)].Selected != selected;
+    items[static_cast<std::size_t>(i)].Selected = selected;
+  }
+  if (changed) form_.Model().SetListItems(form_.C().ListBackgrounds, std::move(items));
+}
+
+}  // namespace lumivane
