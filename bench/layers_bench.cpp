@@ -20,7 +20,7 @@
 #include "forms/MainForm.h"
 #include "forms/ReadFrameArguments.h"
 #include "persistence/ShowFile.h"
-#include "forms/OutputForms.h"
+#include "app/Stage.h"
 #include "render/FrameRenderer.h"
 #include "../tests/support/EngineFixture.h"
 
@@ -52,11 +52,14 @@ std::string Photo(const QTemporaryDir& folder, int n) {
 struct Output {
   test::EngineFixture engine;
   std::unique_ptr<RenderDevice> device;
-  FrameRenderer renderer{engine.text};
+  std::unique_ptr<FrameRenderer> owned;
+  FrameRenderer& renderer;
   RenderDevice::FrameSink discard = [](const std::uint8_t*, std::ptrdiff_t) {};
   int presented = 0;
 
-  Output(benchmark::State& state, bool readBack = true) {
+  // Draws the texts of `text`, or of its own engine.
+  Output(benchmark::State& state, bool readBack = true, TextEngine* text = nullptr)
+      : owned(std::make_unique<FrameRenderer>(text != nullptr ? *text : engine.text)), renderer(*owned) {
     std::string error;
     device = CreateHeadlessDevice(kWidth, kHeight, error);
     if (!device || !renderer.Initialize(device.get(), "", error)) {
@@ -118,17 +121,24 @@ void BM_DemoShow(benchmark::State& state) {
   struct Quiet final : MsgBox {
     int Show(std::string_view, int) override { return OK; }
   } quiet;
-  Output out(state, state.range(1) == 1);
+  FakeClock clock{100000};
+  SeededRandom random{1};
+  Stage stage(clock, random, quiet, "");
+  Output out(state, state.range(1) == 1, &stage.Text);
   if (!out.device) return;
-  ControlModel model;
-  MainForm main(model, out.engine.text, quiet);
-  BackgroundsForm backgrounds(model, quiet, main.BackgroundColor);
-  EffectsForm effects(model);
-  main.BackBufferWidth = kWidth;
-  main.BackBufferHeight = kHeight;
+  struct Host final : OutputHost {
+    FrameRenderer* renderer;
+    FrameRenderer* RunningRenderer() override { return renderer; }
+  } host;
+  host.renderer = &out.renderer;
+  stage.SetOutputHost(&host);
+  ControlModel& model = stage.Model;
+  BackgroundsForm& backgrounds = stage.Backgrounds;
+  EffectsForm& effects = stage.Effects;
+  stage.Main.BackBufferWidth = kWidth;
+  stage.Main.BackBufferHeight = kHeight;
   out.renderer.WaitForImages = true;
-  ConnectOutputForms(main, backgrounds, effects, [&out]() -> FrameRenderer* { return &out.renderer; });
-  ShowFile show(main);
+  ShowFile& show = stage.Show;
   std::string error;
   // LUMIVANE_BENCH_SHOW plays another show the same way (those bench/make_*_show.sh write).
   const char* other = std::getenv("LUMIVANE_BENCH_SHOW");
@@ -145,10 +155,10 @@ void BM_DemoShow(benchmark::State& state) {
     model.SetValue(effects.C().chkCaptureEffect, 1);
     model.SetText(c.txtTimerInterval, "400");
   }
-  AttachOutput(out.renderer, backgrounds, effects);
+  stage.AttachOutput(out.renderer);
   for (auto _ : state) {
-    out.engine.clock.Advance(16);
-    out.renderer.RenderFrame(ReadFrameArguments(main));
+    clock.Advance(16);
+    stage.RenderFrame();
   }
   state.counters["fps"] = benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
 }

@@ -11,26 +11,17 @@
 #include <string>
 
 #include "app/Options.h"
+#include "app/Stage.h"
 #include "core/Clock.h"
-#include "core/ControlModel.h"
-#include "core/EngineContext.h"
 #include "forms/MsgBox.h"
 #include "core/RandomSource.h"
 #include "forms/RenderTimer.h"
 #include "core/Stopwatch.h"
-#include "core/TextPass.h"
-#include "core/TextEngine.h"
 #include "core/Color.h"
-#include "forms/BackgroundsForm.h"
-#include "forms/EffectsForm.h"
-#include "forms/MainForm.h"
-#include "forms/ReadFrameArguments.h"
 #include "render/FrameImage.h"
-#include "forms/OutputForms.h"
 #include "render/RenderDevice.h"
 #include "render/FrameRenderer.h"
 #include "media/VideoFileWriter.h"
-#include "persistence/ShowFile.h"
 
 namespace lumivane {
 
@@ -94,19 +85,18 @@ void PrintStats(std::ostream& out, std::vector<std::int64_t> frameNs, std::int64
 
 }  // namespace
 
-struct HeadlessSession::State {
+struct HeadlessSession::State final : OutputHost {
   State(const AppOptions& o, std::ostream& err)
-      : clock(o.fps), random(o.seed), context{clock, random}, text(context), msgBox(err), main(model, text, msgBox),
-        backgrounds(model, msgBox, main.BackgroundColor), effects(model), timer(clock, {}), renderer(text) {}
+      : clock(o.fps), random(o.seed), msgBox(err), stage(clock, random, msgBox, o.appFolder), timer(clock, {}),
+        renderer(stage.Text) {}
+  // Without a device the renderer still walks the frame: the texts step and reach the text log.
+  FrameRenderer* RunningRenderer() override { return device ? &renderer : nullptr; }
+  FrameRenderer* FrameRendererForFrame() override { return &renderer; }
+
   VirtualClock clock;
   SeededRandom random;
-  EngineContext context;
-  ControlModel model;
-  TextEngine text;
   HeadlessMsgBox msgBox;
-  MainForm main;
-  BackgroundsForm backgrounds;
-  EffectsForm effects;
+  Stage stage;
   RenderTimer timer;
   std::ostream* textLog = nullptr;
   std::string line;
@@ -114,7 +104,6 @@ struct HeadlessSession::State {
   std::unique_ptr<RenderDevice> device;
   FrameRenderer renderer;
   std::string out;
-  std::string appFolder;
   std::int64_t framesOut = 0;
   std::string outError;
   RenderDevice::FrameSink sink;
@@ -157,9 +146,9 @@ struct HeadlessSession::State {
 HeadlessSession::HeadlessSession(const AppOptions& options, std::ostream& err)
     : state_(std::make_unique<State>(options, err)) {
   State& s = *state_;
-  s.main.BackBufferWidth = options.width;
-  s.main.BackBufferHeight = options.height;
-  s.appFolder = options.appFolder;
+  s.stage.Main.BackBufferWidth = options.width;
+  s.stage.Main.BackBufferHeight = options.height;
+  s.stage.SetOutputHost(&s);
   s.sink = [&s](const std::uint8_t* top, std::ptrdiff_t stride) { s.Deliver(top, stride); };
   s.renderer.TextDrawn = [&s](std::int32_t index, std::int32_t copy, const TextFrame& frame) {
     s.LogText(index, copy, frame);
@@ -170,14 +159,12 @@ HeadlessSession::HeadlessSession(const AppOptions& options, std::ostream& err)
     s.device->QueueReadBack();
     s.device->TakeReadBack(s.sink);
   };
-  s.main.RenderFrame = [&s] { s.renderer.RenderFrame(ReadFrameArguments(s.main)); };
   // A render from a file is the same every time: no frame goes out without the models and
   // pictures it shows.
   s.renderer.WaitForModels = true;
   s.renderer.WaitForImages = true;
-  ConnectOutputForms(s.main, s.backgrounds, s.effects, [&s]() -> FrameRenderer* { return s.device ? &s.renderer : nullptr; });
   RenderTimer::Hooks hooks;
-  hooks.render = [&s] { s.main.Render(); };
+  hooks.render = [&s] { s.stage.Main.Render(); };
   s.timer.SetHooks(std::move(hooks));
 }
 
@@ -195,13 +182,13 @@ bool HeadlessSession::OpenOutput(const std::string& out, int width, int height, 
   }
   State& s = *state_;
   s.device = CreateHeadlessDevice(width, height, error);
-  if (!s.device || !s.renderer.Initialize(s.device.get(), s.appFolder, error)) {
+  if (!s.device || !s.renderer.Initialize(s.device.get(), s.stage.ApplicationFolder(), error)) {
     s.renderer.Destroy();
     s.device.reset();
     error = "Error initializing OpenGL. " + error;
     return false;
   }
-  AttachOutput(s.renderer, s.backgrounds, s.effects);
+  s.stage.AttachOutput(s.renderer);
   s.out = out;
   if (IsVideo(out) && !s.video.Open(out, width, height, fps, error)) return false;
   return true;
@@ -219,13 +206,13 @@ bool HeadlessSession::FinishOutput(std::string& error) {
 }
 
 bool HeadlessSession::LoadShow(const std::string& path, std::string& error) {
-  ShowFile show(state_->main);
-  return show.EngineFileLoad(path, error);
+  return state_->stage.Show.EngineFileLoad(path, error);
 }
 
-MainForm& HeadlessSession::Main() { return state_->main; }
-TextEngine& HeadlessSession::Text() { return state_->text; }
-ControlModel& HeadlessSession::Model() { return state_->model; }
+Stage& HeadlessSession::GetStage() { return state_->stage; }
+MainForm& HeadlessSession::Main() { return state_->stage.Main; }
+TextEngine& HeadlessSession::Text() { return state_->stage.Text; }
+ControlModel& HeadlessSession::Model() { return state_->stage.Model; }
 FrameRenderer& HeadlessSession::Renderer() { return state_->renderer; }
 
 std::vector<std::int64_t> HeadlessSession::Play(std::int64_t frames, std::ostream* textLog, bool timeFrames) {

@@ -13,6 +13,7 @@ class FrameRenderer;
 class ControlModel;
 class TextEngine;
 class MainForm;
+class Stage;
 
 // A show played without any window, on the virtual clock and the seeded random source, through
 // the same frame path as the output window.
@@ -31,6 +32,7 @@ class HeadlessSession {
   // Delivers the last frame still on its way; false with the reason when a frame was not written.
   bool FinishOutput(std::string& error);
 
+  Stage& GetStage();
   MainForm& Main();
   TextEngine& Text();
   ControlModel& Model();

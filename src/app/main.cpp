@@ -6,7 +6,7 @@
 
 #include "app/HeadlessRunner.h"
 #include "app/Options.h"
-#include "app/SubMain.h"
+#include "app/WindowedProgram.h"
 #include "lumivane/Version.h"
 
 namespace {
@@ -35,5 +35,5 @@ int main(int argc, char** argv) {
     return 0;
   }
   if (options.headless) return lumivane::RunHeadless(options, std::cout, std::cerr);
-  return lumivane::SubMain(argc, argv, options);
+  return lumivane::RunWindowedProgram(argc, argv, options);
 }

@@ -125,7 +125,7 @@ void BackgroundsForm::Connect() {
   m.OnChange(c.cmdSendBackgroundToOutput, [this](const ControlEvent&) { SendBackgroundToOutput(); });
   m.OnChange(c.cmdResetBackGroundImages, [this](const ControlEvent&) {
     ClearBackGrounds();
-    if (ResetBackGrounds) ResetBackGrounds();
+    if (Output != nullptr) Output->ResetBackgrounds();
   });
   m.OnChange(c.cmdDeletebackGroundImage, [this](const ControlEvent&) { RemoveBackGround(); });
   m.OnChange(c.cmdEraseBackgroundOtput, [this](const ControlEvent&) { ClearBackgroundOutput(); });
@@ -215,9 +215,9 @@ void BackgroundsForm::ShowItems() {
 }
 
 void BackgroundsForm::Send(std::int32_t oneBased) {
-  if (oneBased < 1 || oneBased > static_cast<std::int32_t>(items_.size()) || !InitializeBackground) return;
+  if (oneBased < 1 || oneBased > static_cast<std::int32_t>(items_.size()) || Output == nullptr) return;
   const BackgroundItem& item = items_[static_cast<std::size_t>(oneBased - 1)];
-  InitializeBackground(item.FileName, true, item.Width, item.Height);
+  Output->ShowBackground(item.FileName, true, item.Width, item.Height);
 }
 
 void BackgroundsForm::SendBackgroundToOutput() { Send(ControlModel::SelectedItem(c_.ListBackgrounds)); }
@@ -228,39 +228,39 @@ void BackgroundsForm::MIDISendBackgroundToOutput() {
 }
 
 void BackgroundsForm::ClearBackgroundOutput() {
-  if (InitializeBackground) InitializeBackground({}, true, 0, 0);
+  if (Output != nullptr) Output->ShowBackground({}, true, 0, 0);
 }
 
 void BackgroundsForm::PlayBackGrounds() {
-  if (!InitializeBackground || items_.empty()) return;
+  if (Output == nullptr || items_.empty()) return;
   for (std::size_t i = 0; i < items_.size(); ++i)
-    InitializeBackground(items_[i].FileName, i == 0, items_[i].Width, items_[i].Height);
+    Output->ShowBackground(items_[i].FileName, i == 0, items_[i].Width, items_[i].Height);
   // The first again: it is known by now, so this only starts the turn from it.
-  InitializeBackground(items_[0].FileName, false, items_[0].Width, items_[0].Height);
+  Output->ShowBackground(items_[0].FileName, false, items_[0].Width, items_[0].Height);
 }
 
 void BackgroundsForm::SendToOutput() {
   if (isBackGroundPlaying()) PlayBackGrounds();
   else SendBackgroundToOutput();
-  if (CreateMaskTexture && !maskFileName_.empty()) CreateMaskTexture(maskFileName_);
+  if (Output != nullptr && !maskFileName_.empty()) Output->SetMask(maskFileName_);
 }
 
 void BackgroundsForm::SetMaskFileName(const std::string& file, bool fromShow) {
   if (fromShow && ControlModel::Value(c_.cmdLockMask) == 1) return;
   maskFileName_ = file;
   model_.SetCaption(c_.lblMaskFileName, ShownName(file));
-  if (CreateMaskTexture) CreateMaskTexture(file);
+  if (Output != nullptr) Output->SetMask(file);
 }
 
 BackGroundMesh BackgroundsForm::CurrentMesh() const {
   BackGroundMesh mesh;
-  if (OutputMesh && OutputMesh(mesh)) return mesh;
+  if (Output != nullptr && Output->ReadLayout(mesh)) return mesh;
   return StoredMesh;
 }
 
 void BackgroundsForm::SetMesh(const BackGroundMesh& mesh) {
   StoredMesh = mesh;
-  if (SetOutputMesh) SetOutputMesh(mesh);
+  if (Output != nullptr) Output->SetLayout(mesh);
 }
 
 void BackgroundsForm::LoadMask() {

@@ -8,6 +8,7 @@
 
 #include "core/BackgroundLayout.h"
 #include "core/ControlModel.h"
+#include "forms/LayerOutput.h"
 
 namespace lumivane {
 
@@ -104,14 +105,8 @@ class BackgroundsForm {
   // Reads a picture's size; false with the reason when it cannot.
   std::function<bool(const std::string& file, std::int32_t& width, std::int32_t& height, std::string& error)>
       ReadImageSize;
-  // The output's background list (FrameRenderer.InitializeBackground, ResetBackGrounds) and mask.
-  std::function<void(const std::string& file, bool hideAll, std::int32_t width, std::int32_t height)>
-      InitializeBackground;
-  std::function<void()> ResetBackGrounds;
-  // The output's LastBackGroundMesh: read (false while no output runs) and set.
-  std::function<bool(BackGroundMesh& mesh)> OutputMesh;
-  std::function<void(const BackGroundMesh& mesh)> SetOutputMesh;
-  std::function<void(const std::string& file)> CreateMaskTexture;
+  // The running output's picture list, mask and layout; none in bare tests.
+  LayerOutput* Output = nullptr;
   // The files the operator chose; empty when cancelled.
   std::function<std::vector<std::string>()> ChooseFiles;
   std::function<std::string()> ChooseFolder;

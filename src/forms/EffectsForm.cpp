@@ -107,9 +107,9 @@ void EffectsForm::EffectBlending(int button) {
 void EffectsForm::SetEffectFile(const std::string& file) {
   model_.SetText(c_.txtEffectFileName, file);
   if (file.empty()) {
-    if (ResetEffectTexture) ResetEffectTexture();
-  } else if (SetEffectTexture) {
-    SetEffectTexture(file);
+    if (Output != nullptr) Output->ResetEffectPicture();
+  } else if (Output != nullptr) {
+    Output->SetEffectPicture(file);
   }
   if (GetEffectScreenShot) GetEffectScreenShot();
 }
@@ -124,7 +124,7 @@ void EffectsForm::ClearEffectTexture() { SetEffectFile({}); }
 
 void EffectsForm::Initialize() {
   const std::string file = EffectFileName();
-  if (!file.empty() && SetEffectTexture) SetEffectTexture(file);
+  if (!file.empty() && Output != nullptr) Output->SetEffectPicture(file);
 }
 
 }  // namespace lumivane

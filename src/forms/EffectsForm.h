@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "core/ControlModel.h"
+#include "forms/LayerOutput.h"
 
 namespace lumivane {
 
@@ -55,9 +56,8 @@ class EffectsForm {
   void EffectBlending(int button);
 
   // ---- Hooks, set where the output is known ----------------------------------------------------
-  // FrameRenderer.SetEffectTexture with a file name, and ResetEffectTexture.
-  std::function<void(const std::string& file)> SetEffectTexture;
-  std::function<void()> ResetEffectTexture;
+  // The running output's effect picture; none in bare tests.
+  LayerOutput* Output = nullptr;
   std::function<std::string()> ChooseEffectFile;
   // Told when the picture changed, so the view can show it in picCurrentEffect.
   std::function<void()> GetEffectScreenShot;

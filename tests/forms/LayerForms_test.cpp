@@ -5,6 +5,7 @@
 #include "forms/MainForm.h"
 #include "support/EngineFixture.h"
 #include "support/FakeMsgBox.h"
+#include "support/RecordingLayerOutput.h"
 
 namespace lumivane {
 namespace {
@@ -23,10 +24,9 @@ class LayerFormsTest : public ::testing::Test, protected test::EngineFixture {
       h = 360;
       return true;
     };
-    backgrounds.InitializeBackground = [this](const std::string& file, bool hideAll, std::int32_t, std::int32_t) {
-      sent.push_back((hideAll ? "hide+" : "") + file);
-    };
-    backgrounds.CreateMaskTexture = [this](const std::string& file) { masks.push_back(file); };
+    output.markHideAll = true;
+    backgrounds.Output = &output;
+    effects.Output = &output;
   }
 
   ControlModel model;
@@ -35,7 +35,9 @@ class LayerFormsTest : public ::testing::Test, protected test::EngineFixture {
   BackgroundsForm backgrounds{model, msg, main.BackgroundColor};
   EffectsForm effects{model};
   const BackgroundsForm::Controls& c = backgrounds.C();
-  std::vector<std::string> sent, masks;
+  test::RecordingLayerOutput output;
+  std::vector<std::string>& sent = output.shown;
+  std::vector<std::string>& masks = output.masks;
 };
 
 TEST_F(LayerFormsTest, TheListTakesEachReadablePictureOnceAndTellsOfTheOthers) {

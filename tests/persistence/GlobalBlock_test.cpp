@@ -13,6 +13,7 @@
 #include "persistence/XmlDocument.h"
 #include "support/EngineFixture.h"
 #include "support/FakeMsgBox.h"
+#include "support/RecordingLayerOutput.h"
 
 namespace lumivane {
 namespace {
@@ -223,10 +224,10 @@ TEST_F(GlobalBlockTest, GlobalIsWrittenInTheFormatsOrder) {
 TEST_F(GlobalBlockTest, MovedFilesAreFoundBesideTheShowAndTheOutputGetsThem) {
   const std::string pic = File("show/Backgrounds/pic.jpg"), mask = File("show/Masks/mask.png"),
                     effect = File("show/Effects/fx.png");
-  std::vector<std::string> sent, masks, effectsSent;
-  backgrounds.InitializeBackground = [&](const std::string& f, bool, std::int32_t, std::int32_t) { sent.push_back(f); };
-  backgrounds.CreateMaskTexture = [&](const std::string& f) { masks.push_back(f); };
-  effects.SetEffectTexture = [&](const std::string& f) { effectsSent.push_back(f); };
+  test::RecordingLayerOutput output;
+  backgrounds.Output = &output;
+  effects.Output = &output;
+  const std::vector<std::string>&sent = output.shown, &masks = output.masks, &effectsSent = output.effects;
   const std::string path = File("show/moved.xml", R"(<File><Global>
     <Backgrounds><BackgroundCount>2</BackgroundCount><BackgroundPlaying>0</BackgroundPlaying>
       <1Background>C:\Shows\pic.jpg</1Background><2Background>/gone/lost.jpg</2Background></Backgrounds>
@@ -253,8 +254,9 @@ TEST_F(GlobalBlockTest, TheLastLayoutSurvivesASaveAndLoad) {
   const std::string path = (dir / "mesh.xml").string();
   ASSERT_TRUE(show.EngineFileSave(path, error)) << error;
   backgrounds.SetMesh(BackGroundMesh{});
-  BackGroundMesh toOutput;
-  backgrounds.SetOutputMesh = [&](const BackGroundMesh& m) { toOutput = m; };
+  test::RecordingLayerOutput output;
+  backgrounds.Output = &output;
+  const BackGroundMesh& toOutput = output.layout;
   ASSERT_TRUE(show.EngineFileLoad(path, error)) << error;
   for (const BackGroundMesh& m : {backgrounds.StoredMesh, toOutput}) {
     EXPECT_EQ(m.X0, mesh.X0);

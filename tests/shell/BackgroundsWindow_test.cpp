@@ -20,6 +20,7 @@
 #include "support/EngineFixture.h"
 #include "support/QtWait.h"
 #include "support/FakeMsgBox.h"
+#include "support/RecordingLayerOutput.h"
 
 namespace lumivane {
 namespace {
@@ -47,7 +48,8 @@ class BackgroundsWindowTest : public ::testing::Test, protected test::EngineFixt
   const BackgroundsForm::Controls& c = form.C();
   QTemporaryDir dir;
   std::unique_ptr<BackgroundsWindow> window;
-  std::vector<std::string> sent;
+  test::RecordingLayerOutput output;
+  std::vector<std::string>& sent = output.shown;
 
   template <class W>
   W* Find(const char* name) { return test::Child<W>(*window, name); }
@@ -61,9 +63,7 @@ class BackgroundsWindowTest : public ::testing::Test, protected test::EngineFixt
       h = 360;
       return true;
     };
-    form.InitializeBackground = [this](const std::string& file, bool, std::int32_t, std::int32_t) {
-      sent.push_back(file);
-    };
+    form.Output = &output;
     window = std::make_unique<BackgroundsWindow>(form);
     window->show();
     QApplication::processEvents();

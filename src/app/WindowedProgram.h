@@ -6,6 +6,6 @@ struct AppOptions;
 
 // The windowed program: the start-up sequence on the splash window, then the event loop.
 // Answers the process exit code.
-int SubMain(int& argc, char** argv, const AppOptions& options);
+int RunWindowedProgram(int& argc, char** argv, const AppOptions& options);
 
 }  // namespace lumivane
