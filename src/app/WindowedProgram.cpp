@@ -106,12 +106,59 @@ class StartupCommandTarget final : public CommandLineTarget {
 
 // The windowed program's objects: the stage with the forms, the windows over them, the output
 // window while playback runs and its clones.
-class WindowedProgram final : public OutputHost {
+class WindowedProgram final : public OutputHost, public PlaybackHost {
  public:
   WindowedProgram(std::string applicationFolder, const AppOptions& options)
       : options_(options), stage_(clock_, random_, msgBox_, applicationFolder), focus_(stage_.Model),
         clones_(stage_.OutputConfiguration), lastPreset_(applicationFolder + "/LastPreset.xml") {
     stage_.SetOutputHost(this);
+    stage_.Main.Host = this;
+  }
+  // The forms go after the windows: they must not reach this program meanwhile.
+  ~WindowedProgram() override {
+    stage_.Main.Host = nullptr;
+    stage_.SetOutputHost(nullptr);
+  }
+
+  // The output window: made when playback starts; it holds the renderer while playback runs.
+  std::unique_ptr<OutputWindow> CreateOutputWindow() override {
+    MainForm& form = stage_.Main;
+    auto* window = new OutputDisplay(stage_.Text, stage_.ApplicationFolder());
+    window->IdentifyNumber = [this] { return clones_.MainIdentifyNumber(); };
+    display_ = window;
+    // What a key does may close this very window: hand it on after the key's event is done.
+    QObject::connect(window, &OutputDisplay::KeyCommand, qApp, [&form](OutputKey key) {
+      QMetaObject::invokeMethod(qApp, [&form, key] { form.HotKey(key); }, Qt::QueuedConnection);
+    });
+    QObject::connect(window, &OutputDisplay::CloseRequested, qApp, [&form] {
+      QMetaObject::invokeMethod(qApp, [&form] { form.HotKey(OutputKey::Stop); }, Qt::QueuedConnection);
+    });
+    QObject::connect(&window->TimerRender(), &QTimer::timeout, qApp, [&form] { form.TimerRender(); });
+    return std::make_unique<DisplayOutput>(window);
+  }
+
+  void Yield() override {
+    QCoreApplication::processEvents(QEventLoop::AllEvents);
+    // Waiting (the countdown, a pause) need not burn a core.
+    if (stage_.Main.CountingDown() || stage_.Main.Paused()) QThread::msleep(1);
+  }
+
+  // Quitting stops playback and keeps the show in "LastPreset.xml"; a terminate signal quits the
+  // same way, so nothing is lost.
+  void Quit(bool restart, bool /*savePositions*/) override {
+    if (quitting_) return;
+    quitting_ = true;
+    QCoreApplication::processEvents();
+    if (stage_.Main.Running()) stage_.Main.StopRender();
+    std::string error;
+    if (!stage_.Show.EngineFileSave(lastPreset_, error)) std::fprintf(stderr, "lumivane: %s\n", error.c_str());
+    if (restart) QProcess::startDetached(QCoreApplication::applicationFilePath(), QCoreApplication::arguments().mid(1));
+    // exit(), not quit(): quit() would send the windows a close request, which asks first.
+    QCoreApplication::exit(0);
+  }
+
+  void RenderPreview() override {
+    if (RenderDevice* device = stage_.Main.OutputDevice()) window_->ShowPreview(ReadFrameImage(*device));
   }
 
   FrameRenderer* RunningRenderer() override { return display_ ? display_->Renderer() : nullptr; }
@@ -125,10 +172,9 @@ class WindowedProgram final : public OutputHost {
     random_.ReseedFromClock(clock_);
     if (!OpenFailureLog()) return 2;
     ConnectEngine();
-    ConnectOutputWindow();
     ConnectClones();
     ConnectModelReading();
-    ConnectQuit();
+    QuitOnSignals([this] { Quit(false, true); });
     // The colour scheme would be applied here, before the first window shows.
     QCoreApplication::processEvents();
     ShowSplash();
@@ -188,30 +234,6 @@ class WindowedProgram final : public OutputHost {
     stage_.Text.PreviewCaption = [&form](std::int32_t index, std::string_view shown, std::int32_t) {
       form.Model().SetCaption(form.TextLabel(index), shown);
     };
-    form.Yield = [&form] {
-      QCoreApplication::processEvents(QEventLoop::AllEvents);
-      // Waiting (the countdown, a pause) need not burn a core.
-      if (form.CountingDown() || form.Paused()) QThread::msleep(1);
-    };
-  }
-
-  // The output window: made when playback starts; it holds the renderer while playback runs.
-  void ConnectOutputWindow() {
-    MainForm& form = stage_.Main;
-    form.CreateOutputWindow = [this, &form]() -> std::unique_ptr<OutputWindow> {
-      auto* window = new OutputDisplay(stage_.Text, stage_.ApplicationFolder());
-      window->IdentifyNumber = [this] { return clones_.MainIdentifyNumber(); };
-      display_ = window;
-      // What a key does may close this very window: hand it on after the key's event is done.
-      QObject::connect(window, &OutputDisplay::KeyCommand, qApp, [&form](OutputKey key) {
-        QMetaObject::invokeMethod(qApp, [&form, key] { form.HotKey(key); }, Qt::QueuedConnection);
-      });
-      QObject::connect(window, &OutputDisplay::CloseRequested, qApp, [&form] {
-        QMetaObject::invokeMethod(qApp, [&form] { form.HotKey(OutputKey::Stop); }, Qt::QueuedConnection);
-      });
-      QObject::connect(&window->TimerRender(), &QTimer::timeout, qApp, [&form] { form.TimerRender(); });
-      return std::make_unique<DisplayOutput>(window);
-    };
   }
 
   // Clone outputs: further windows drawn by the output's context with the finished frame.
@@ -220,9 +242,7 @@ class WindowedProgram final : public OutputHost {
     ConnectClonePositions(clones_, [this](const std::string& failure) {
       if (log_) log_->write(QByteArray::fromStdString(failure) + '\n');
     });
-    clones_.Yield = [this] {
-      if (stage_.Main.Yield) stage_.Main.Yield();
-    };
+    clones_.Yield = [this] { Yield(); };
     clones_.CreateCloneWindow = [this]() -> std::unique_ptr<CloneWindow> {
       return std::make_unique<CloneOutput>([this](CloneDisplay& window, const BlitSource& source, int identify) {
         QOpenGLContext* context = display_ ? display_->Context() : nullptr;
@@ -257,23 +277,6 @@ class WindowedProgram final : public OutputHost {
     };
   }
 
-  // Quitting stops playback and keeps the show in "LastPreset.xml"; a terminate signal quits the
-  // same way, so nothing is lost.
-  void ConnectQuit() {
-    stage_.Main.ApplicationQuit = [this](bool restart, bool /*savePositions*/) {
-      if (quitting_) return;
-      quitting_ = true;
-      QCoreApplication::processEvents();
-      if (stage_.Main.Running()) stage_.Main.StopRender();
-      std::string error;
-      if (!stage_.Show.EngineFileSave(lastPreset_, error)) std::fprintf(stderr, "lumivane: %s\n", error.c_str());
-      if (restart) QProcess::startDetached(QCoreApplication::applicationFilePath(), QCoreApplication::arguments().mid(1));
-      // exit(), not quit(): quit() would send the windows a close request, which asks first.
-      QCoreApplication::exit(0);
-    };
-    QuitOnSignals([this] { stage_.Main.ApplicationQuit(false, true); });
-  }
-
   void ShowSplash() {
     splash_.Initialize();
     splash_.show();
@@ -285,9 +288,6 @@ class WindowedProgram final : public OutputHost {
     MainForm& form = stage_.Main;
     const std::string& folder = stage_.ApplicationFolder();
     window_ = std::make_unique<MainWindow>(form);
-    form.RenderPreview = [this, &form] {
-      if (RenderDevice* device = form.OutputDevice()) window_->ShowPreview(ReadFrameImage(*device));
-    };
     fileMenu_ = std::make_unique<FileMenu>(*window_, form, stage_.Show, msgBox_, QString::fromStdString(folder));
     outputWindow_ = std::make_unique<OutputConfigurationWindow>(stage_.OutputConfiguration);
     QMenu* outputMenu = window_->menuBar()->addMenu(QObject::tr("&Output"));

@@ -143,12 +143,12 @@ RenderTimer::Hooks MainForm::TimerHooks() {
   // The output monitor, while its panel shows, at 4 or 8 frames a second: it shows the frame
   // the timer has just finished.
   hooks.afterRender = [this] {
-    if (!RenderPreview || p_.framePreview.get() == nullptr || !p_.framePreview->Visible) return;
+    if (Host == nullptr || p_.framePreview.get() == nullptr || !p_.framePreview->Visible) return;
     const Tick now = text_.Context().clock.Now();
     const std::uint32_t period = model_.Checked(p_.optPreview8FPS) ? 125 : 250;
     if (TicksSince(now, lastPreview_) < period) return;
     lastPreview_ = now;
-    RenderPreview();
+    Host->RenderPreview();
   };
   hooks.render = [this] { Render(); };
   hooks.showRate = [this](const std::string& rate) { SetCaption(std::string(kAppTitle) + rate); };

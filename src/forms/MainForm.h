@@ -147,12 +147,11 @@ class MainForm {
   const std::string& Caption() const noexcept { return caption_; }
   RenderTimer& Timer() noexcept { return timer_; }
 
-  // Supplied by the application: the output window, how to let events run, the window caption,
-  // and the quit path.
-  std::function<std::unique_ptr<OutputWindow>()> CreateOutputWindow;
-  std::function<void()> Yield;
+  // The program around playback: the output window, the event loop, the quit path and the preview
+  // panel; none in bare tests (playback cannot start then).
+  PlaybackHost* Host = nullptr;
+  // The main window's caption follows the form's.
   std::function<void(const std::string& caption)> CaptionChanged;
-  std::function<void(bool restart, bool savePositions)> ApplicationQuit;
   // Ctrl+S on the output: the next frame goes to a new "frame_NNNNN.png" in ScreenshotFolder.
   void TakeScreenShot();
   std::string ScreenshotFolder;
@@ -169,9 +168,6 @@ class MainForm {
   std::function<void()> LoadFactoryShow;
   // The clone outputs, made when playback starts and fed after each frame; none when unset.
   OutputClones* Clones = nullptr;
-  // The preview monitor, refreshed from the render timer while its panel shows, at the rate its
-  // options choose.
-  std::function<void()> RenderPreview;
 
   // ---- List operations ---------------------------------------------------------------------
   // Adds a default text (centred on the pane position x, y unless both are 0) and selects it.
@@ -230,7 +226,7 @@ class MainForm {
   RenderTimer::Hooks TimerHooks();
   void SetCaption(const std::string& caption);
   void DoYield() {
-    if (Yield) Yield();
+    if (Host != nullptr) Host->Yield();
   }
   void BindFields();
   void ReadControls(TextObject& record) const;

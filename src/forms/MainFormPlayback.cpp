@@ -124,14 +124,14 @@ bool MainForm::Resolution() {
 }
 
 bool MainForm::StartRender() {
-  if (running_ || !CreateOutputWindow) return false;
+  if (running_ || Host == nullptr) return false;
   text_.Context().TimeScale = 1.0f;
 
   Resolution();  // a bad entry is told and the last good size stands
   const int width = OutputWidth, height = OutputHeight;
   BackBufferWidth = width;
   BackBufferHeight = height;
-  output_ = CreateOutputWindow();
+  output_ = Host->CreateOutputWindow();
   if (!output_) return false;
   output_->Open(std::max(0, model_.ListIndex(p_.cboMonitors)), width, height);
   running_ = true;
@@ -255,7 +255,7 @@ bool MainForm::RequestClose() {
     return false;  // the first close only stops
   }
   if (msgBox_.Show(kQuitQuestion, MsgBox::YesNo) == MsgBox::No) return false;
-  if (ApplicationQuit) ApplicationQuit(false, true);
+  if (Host != nullptr) Host->Quit(false, true);
   return true;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 namespace lumivane {
@@ -33,6 +34,21 @@ class OutputWindow {
   // Enables or disables the window's render timer.
   virtual void SetTimerEnabled(bool on) = 0;
   virtual void Close() = 0;
+};
+
+// What playback needs from the program around it. The windowed program answers (Qt's event loop,
+// the output window, the preview panel); tests answer with fakes.
+class PlaybackHost {
+ public:
+  virtual ~PlaybackHost() = default;
+  // The window a new playback draws into.
+  virtual std::unique_ptr<OutputWindow> CreateOutputWindow() = 0;
+  // Lets waiting events run: the countdown and a pause wait through it.
+  virtual void Yield() = 0;
+  // Ends the program, after the operator asked and agreed.
+  virtual void Quit(bool restart, bool savePositions) = 0;
+  // Shows the output's last frame in the preview panel.
+  virtual void RenderPreview() = 0;
 };
 
 // The keys of the output window; the main window's hot keys share the handler.

@@ -42,19 +42,33 @@ class PlaybackTest : public ::testing::Test, protected test::EngineFixture {
   bool deviceWorks = true;
   ControlModel model;
   test::FakeMsgBox msg;
-  MainForm form{model, text, msg};
-  const MainForm::PlaybackControls& p = form.Playback();
   int yields = 0;
   std::function<void(int)> duringYield;  // an event arriving at the n-th yield
+  std::function<void(bool restart, bool savePositions)> quit;
+  int previews = 0;
 
-  void SetUp() override {
-    form.CreateOutputWindow = [this] { return std::make_unique<FakeOutput>(log, deviceWorks); };
-    form.Yield = [this] {
-      clock.Advance(10);
-      ++yields;
-      if (duringYield) duringYield(yields);
-    };
-  }
+  // The program around playback: each yield lets 10 ms pass. Declared before the form, which
+  // yields as it stops its output on the way out.
+  struct Host final : PlaybackHost {
+    PlaybackTest& t;
+    explicit Host(PlaybackTest& test) : t(test) {}
+    std::unique_ptr<OutputWindow> CreateOutputWindow() override {
+      return std::make_unique<FakeOutput>(t.log, t.deviceWorks);
+    }
+    void Yield() override {
+      t.clock.Advance(10);
+      ++t.yields;
+      if (t.duringYield) t.duringYield(t.yields);
+    }
+    void Quit(bool restart, bool savePositions) override {
+      if (t.quit) t.quit(restart, savePositions);
+    }
+    void RenderPreview() override { ++t.previews; }
+  } host{*this};
+  MainForm form{model, text, msg};
+  const MainForm::PlaybackControls& p = form.Playback();
+
+  void SetUp() override { form.Host = &host; }
   bool Logged(const std::string& entry) const { return std::find(log.begin(), log.end(), entry) != log.end(); }
 };
 
@@ -134,7 +148,7 @@ TEST_F(PlaybackTest, ADeviceThatCannotBeMadeTellsTheOperatorAndStaysIdle) {
 
 TEST_F(PlaybackTest, ClosingDuringPlaybackOnlyStopsAndClosingWhenIdleAsksToQuit) {
   int quits = 0;
-  form.ApplicationQuit = [&](bool restart, bool savePositions) {
+  quit = [&](bool restart, bool savePositions) {
     EXPECT_FALSE(restart);
     EXPECT_TRUE(savePositions);
     ++quits;
@@ -181,8 +195,6 @@ TEST_F(PlaybackTest, PauseSpinsTheTimerAndTheCaptionShowsTheRate) {
 
 TEST_F(PlaybackTest, ThePreviewMonitorFollowsItsPanelAndRate) {
   ASSERT_TRUE(form.StartRender());
-  int previews = 0;
-  form.RenderPreview = [&] { ++previews; };
   form.RenderFrame = [&] { clock.Advance(20); };
   for (int i = 0; i < 50; ++i) form.TimerRender();  // one second, panel hidden
   EXPECT_EQ(previews, 0);
