@@ -100,8 +100,8 @@ void BM_EveryPass(benchmark::State& state) {
   args.Background.Feedback = true;
   args.Effect.Enabled = args.Effect.Capture = true;
   args.Effect.Timer = 200;
-  args.Effect.SourceBlend = 3;
-  args.Effect.TargetBlend = 4;
+  args.Effect.SourceBlend = Blend::SrcColor;
+  args.Effect.TargetBlend = Blend::InvSrcColor;
   args.MaskEnabled = args.Invert = true;
   args.Fade = 230;
   out.engine.AddText("LUMIVANE 000000");

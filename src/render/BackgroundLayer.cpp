@@ -153,15 +153,15 @@ void FrameRenderer::RenderBackground(TextureId texture) {
   RenderDevice* d = device_;
   if (d == nullptr) return;
   d->SetTransform(TransformState::World, Matrix::Identity());
-  d->SetRenderState(RenderState::CULLMODE, 1);
+  d->SetRenderState(RenderState::CULLMODE, CullMode::None);
   d->SetVertexShader(VertexFormat::TL);
   d->SetTexture(texture);
-  d->SetRenderState(RenderState::FILLMODE, 3);
+  d->SetRenderState(RenderState::FILLMODE, FillMode::Solid);
   // Pictures are scaled to the output filtered, not point-sampled; the later passes keep theirs.
   const std::uint32_t mag = d->GetTextureStageState(TextureStageState::MAGFILTER);
   const std::uint32_t min = d->GetTextureStageState(TextureStageState::MINFILTER);
-  d->SetTextureStageState(TextureStageState::MAGFILTER, 3);
-  d->SetTextureStageState(TextureStageState::MINFILTER, 3);
+  d->SetTextureStageState(TextureStageState::MAGFILTER, TextureFilter::Anisotropic);
+  d->SetTextureStageState(TextureStageState::MINFILTER, TextureFilter::Anisotropic);
   d->DrawPrimitiveUP(PrimitiveType::TriangleList, 4, backgroundVertices_, sizeof(TLVERTEX));
   d->SetTextureStageState(TextureStageState::MAGFILTER, mag);
   d->SetTextureStageState(TextureStageState::MINFILTER, min);

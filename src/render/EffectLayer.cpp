@@ -84,13 +84,13 @@ void FrameRenderer::DrawEffect(const EffectArguments& e) {
   RenderDevice* d = device_;
   if (d == nullptr) return;
   d->BeginScene();
-  d->SetRenderState(RenderState::CULLMODE, 1);
+  d->SetRenderState(RenderState::CULLMODE, CullMode::None);
   d->SetVertexShader(VertexFormat::TL);
   d->SetTexture(effectTexture_);
   d->SetRenderState(RenderState::DESTBLEND, static_cast<std::uint32_t>(e.TargetBlend));
   d->SetRenderState(RenderState::SRCBLEND, static_cast<std::uint32_t>(e.SourceBlend));
   d->SetRenderState(RenderState::ALPHABLENDENABLE, 1);
-  d->SetRenderState(RenderState::FILLMODE, 3);
+  d->SetRenderState(RenderState::FILLMODE, FillMode::Solid);
   d->DrawPrimitiveUP(PrimitiveType::TriangleList, 4, effectVertices_, sizeof(TLVERTEX));
   d->SetRenderState(RenderState::ALPHABLENDENABLE, 0);
   d->SetTexture(0);

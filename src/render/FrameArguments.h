@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "render/BackgroundMesh.h"
+#include "render/RenderDevice.h"
 #include "core/TextFrame.h"
 
 namespace lumivane {
@@ -20,7 +21,7 @@ struct BackgroundArguments : LayerPlacement {
 // The effect layer's controls as one frame reads them; blends as device codes.
 struct EffectArguments : LayerPlacement {
   bool ComputeAspectRatio = false, Enabled = false, Capture = false, HoldTimer = false;
-  int SourceBlend = 3, TargetBlend = 9;
+  int SourceBlend = Blend::SrcColor, TargetBlend = Blend::DestColor;
   std::int32_t Color = 0xFFFFFF, ColorRandom = 0, Timer = 1000;
 };
 

@@ -191,7 +191,7 @@ class FrameRenderer {
   // offers it, else drawn.
   void FinishOutput(const EffectArguments* effect, bool invert, bool mask, std::int32_t fade);
   // A full-screen rectangle in `color` with `texture`, blended `source` over `destination`.
-  void DrawOutputRectangle(std::uint32_t color, TextureId texture, int source, int destination);
+  void DrawOutputRectangle(std::uint32_t color, TextureId texture, std::uint32_t source, std::uint32_t destination);
   // Takes finished decodes onto the device, `budget` pixels at most (a slice a frame).
   void PollImages(std::size_t budget);
   void ImageArrived(ImageLoader::Result& result, TextureId texture);

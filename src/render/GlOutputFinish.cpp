@@ -32,19 +32,24 @@ uniform ivec2 size;
 
 vec3 Eight(vec3 c) { return floor(clamp(c, 0.0, 1.0) * 255.0 + 0.5) / 255.0; }
 
+// The blend codes (Blend in RenderDevice.h).
+const int ZERO = 1, SRC_COLOR = 3, INV_SRC_COLOR = 4, SRC_ALPHA = 5, INV_SRC_ALPHA = 6, DEST_ALPHA = 7,
+          INV_DEST_ALPHA = 8, DEST_COLOR = 9, INV_DEST_COLOR = 10, SRC_ALPHA_SAT = 11, BOTH_SRC_ALPHA = 12,
+          BOTH_INV_SRC_ALPHA = 13;
+
 // A blend code's factor, as the draws map them; the buffer's alpha is always 1.
 vec3 Factor(int code, vec4 s, vec4 d) {
   switch (code) {
-    case 1: return vec3(0.0);
-    case 3: return s.rgb;
-    case 4: return 1.0 - s.rgb;
-    case 5: return vec3(s.a);
-    case 6: return vec3(1.0 - s.a);
-    case 7: return vec3(d.a);
-    case 8: return vec3(1.0 - d.a);
-    case 9: return d.rgb;
-    case 10: return 1.0 - d.rgb;
-    case 11: return vec3(min(s.a, 1.0 - d.a));
+    case ZERO: return vec3(0.0);
+    case SRC_COLOR: return s.rgb;
+    case INV_SRC_COLOR: return 1.0 - s.rgb;
+    case SRC_ALPHA: return vec3(s.a);
+    case INV_SRC_ALPHA: return vec3(1.0 - s.a);
+    case DEST_ALPHA: return vec3(d.a);
+    case INV_DEST_ALPHA: return vec3(1.0 - d.a);
+    case DEST_COLOR: return d.rgb;
+    case INV_DEST_COLOR: return 1.0 - d.rgb;
+    case SRC_ALPHA_SAT: return vec3(min(s.a, 1.0 - d.a));
     default: return vec3(1.0);
   }
 }
@@ -62,15 +67,15 @@ void main() {
     }
     s = clamp(s, 0.0, 1.0);
     vec3 sf, df;
-    if (layerBlend.x == 12) {  // both factors from the source alpha
+    if (layerBlend.x == BOTH_SRC_ALPHA) {  // both factors from the source alpha
       sf = vec3(s.a);
       df = vec3(1.0 - s.a);
-    } else if (layerBlend.x == 13) {
+    } else if (layerBlend.x == BOTH_INV_SRC_ALPHA) {
       sf = vec3(1.0 - s.a);
       df = vec3(s.a);
     } else {
       sf = Factor(layerBlend.x, s, d);
-      df = layerBlend.y == 11 ? vec3(1.0) : Factor(layerBlend.y, s, d);  // saturate is a source factor only
+      df = layerBlend.y == SRC_ALPHA_SAT ? vec3(1.0) : Factor(layerBlend.y, s, d);  // saturate is a source factor only
     }
     d.rgb = Eight(s.rgb * sf + d.rgb * df);
   }
@@ -82,6 +87,11 @@ void main() {
   imageStore(frame, p, vec4(d.rgb * m, d.a));
 }
 )";
+static_assert(Blend::Zero == 1 && Blend::SrcColor == 3 && Blend::InvSrcColor == 4 && Blend::SrcAlpha == 5 &&
+                  Blend::InvSrcAlpha == 6 && Blend::DestAlpha == 7 && Blend::InvDestAlpha == 8 &&
+                  Blend::DestColor == 9 && Blend::InvDestColor == 10 && Blend::SrcAlphaSat == 11 &&
+                  Blend::BothSrcAlpha == 12 && Blend::BothInvSrcAlpha == 13,
+              "the shader's blend codes are the device's");
 
 // The rectangle is blended here only under the stage operations and states every layer draws
 // with (the texture times the colour, the texture's alpha, all channels written, no depth test
@@ -90,11 +100,13 @@ bool PlainLayerState(const std::uint32_t* render, const std::uint32_t* stage) {
   auto r = [&](RenderState state) { return render[static_cast<std::uint32_t>(state)]; };
   auto t = [&](TextureStageState state) { return stage[static_cast<std::uint32_t>(state)]; };
   const std::uint32_t colorArg2 = t(TextureStageState::COLORARG2);
-  const bool diffuse = colorArg2 == 0 || colorArg2 == 1;
+  const bool diffuse = colorArg2 == TextureArg::Diffuse || colorArg2 == TextureArg::Current;
   const std::uint32_t depth = r(RenderState::ZFUNC);
-  return t(TextureStageState::COLOROP) == 4 && t(TextureStageState::COLORARG1) == 2 && diffuse &&
-         t(TextureStageState::ALPHAOP) == 2 && t(TextureStageState::ALPHAARG1) == 2 &&
-         (r(RenderState::COLORWRITEENABLE) & 7) == 7 && (r(RenderState::ZENABLE) == 0 || depth == 4 || depth == 8);
+  constexpr std::uint32_t rgb = ColorWrite::Red | ColorWrite::Green | ColorWrite::Blue;
+  return t(TextureStageState::COLOROP) == TextureOp::Modulate && t(TextureStageState::COLORARG1) == TextureArg::Texture &&
+         diffuse && t(TextureStageState::ALPHAOP) == TextureOp::SelectArg1 &&
+         t(TextureStageState::ALPHAARG1) == TextureArg::Texture && (r(RenderState::COLORWRITEENABLE) & rgb) == rgb &&
+         (r(RenderState::ZENABLE) == 0 || depth == ZFunc::LessEqual || depth == ZFunc::Always);
 }
 
 }  // namespace
@@ -145,7 +157,7 @@ bool GlDevice::FinishProgramWorks() {
   glBindTexture(GL_TEXTURE_2D, 0);
   OutputFinish probe;
   // Grey 0x80 added over the two pixels on the right (ONE over ONE).
-  probe.Layer = {2, 0, 4, 1, 1, 1, 0, 0xFF808080u, 2, 2};
+  probe.Layer = {2, 0, 4, 1, 1, 1, 0, 0xFF808080u, Blend::One, Blend::One};
   probe.Invert = true;
   probe.Tint = 0x80FF40u;
   RunFinish(texture, kPixels, 1, probe, nullptr, nullptr);

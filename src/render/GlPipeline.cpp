@@ -28,39 +28,39 @@ int FormatSlot(VertexFormat format) { return format == VertexFormat::TL ? 0 : fo
 // The GL factor of a blend code.
 GLenum BlendFactor(std::uint32_t code) {
   switch (code) {
-    case 1: return GL_ZERO;
-    case 3: return GL_SRC_COLOR;
-    case 4: return GL_ONE_MINUS_SRC_COLOR;
-    case 5: return GL_SRC_ALPHA;
-    case 6: return GL_ONE_MINUS_SRC_ALPHA;
-    case 7: return GL_DST_ALPHA;
-    case 8: return GL_ONE_MINUS_DST_ALPHA;
-    case 9: return GL_DST_COLOR;
-    case 10: return GL_ONE_MINUS_DST_COLOR;
-    case 11: return GL_SRC_ALPHA_SATURATE;
+    case Blend::Zero: return GL_ZERO;
+    case Blend::SrcColor: return GL_SRC_COLOR;
+    case Blend::InvSrcColor: return GL_ONE_MINUS_SRC_COLOR;
+    case Blend::SrcAlpha: return GL_SRC_ALPHA;
+    case Blend::InvSrcAlpha: return GL_ONE_MINUS_SRC_ALPHA;
+    case Blend::DestAlpha: return GL_DST_ALPHA;
+    case Blend::InvDestAlpha: return GL_ONE_MINUS_DST_ALPHA;
+    case Blend::DestColor: return GL_DST_COLOR;
+    case Blend::InvDestColor: return GL_ONE_MINUS_DST_COLOR;
+    case Blend::SrcAlphaSat: return GL_SRC_ALPHA_SATURATE;
     default: return GL_ONE;
   }
 }
 
 GLenum DepthFunction(std::uint32_t code) {
   switch (code) {
-    case 1: return GL_NEVER;
-    case 2: return GL_LESS;
-    case 3: return GL_EQUAL;
-    case 5: return GL_GREATER;
-    case 6: return GL_NOTEQUAL;
-    case 7: return GL_GEQUAL;
-    case 8: return GL_ALWAYS;
+    case ZFunc::Never: return GL_NEVER;
+    case ZFunc::Less: return GL_LESS;
+    case ZFunc::Equal: return GL_EQUAL;
+    case ZFunc::Greater: return GL_GREATER;
+    case ZFunc::NotEqual: return GL_NOTEQUAL;
+    case ZFunc::GreaterEqual: return GL_GEQUAL;
+    case ZFunc::Always: return GL_ALWAYS;
     default: return GL_LEQUAL;
   }
 }
 
 GLint Address(std::uint32_t code) {
   switch (code) {
-    case 2:
-    case 5: return GL_MIRRORED_REPEAT;
-    case 3: return GL_CLAMP_TO_EDGE;
-    case 4: return GL_CLAMP_TO_BORDER;
+    case TextureAddress::Mirror:
+    case TextureAddress::MirrorOnce: return GL_MIRRORED_REPEAT;
+    case TextureAddress::Clamp: return GL_CLAMP_TO_EDGE;
+    case TextureAddress::Border: return GL_CLAMP_TO_BORDER;
     default: return GL_REPEAT;
   }
 }
@@ -68,27 +68,29 @@ GLint Address(std::uint32_t code) {
 // One stage argument as a GLSL vec4: diffuse, current (the diffuse colour at the first stage),
 // texture or texture factor, optionally complemented and alpha-replicated.
 std::string Argument(std::uint32_t code) {
-  std::string base = (code & 0xF) == 2 ? "t" : (code & 0xF) == 3 ? "factor" : "d";
-  if (code & 0x10) base = "(vec4(1.0) - " + base + ")";
-  if (code & 0x20) base = "vec4(" + base + ".a)";
+  const std::uint32_t source = code & TextureArg::SourceMask;
+  std::string base = source == TextureArg::Texture ? "t" : source == TextureArg::TextureFactor ? "factor" : "d";
+  if (code & TextureArg::Complement) base = "(vec4(1.0) - " + base + ")";
+  if (code & TextureArg::AlphaReplicate) base = "vec4(" + base + ".a)";
   return base;
 }
 
 std::string Operation(std::uint32_t op, std::uint32_t arg1, std::uint32_t arg2) {
   const std::string a = Argument(arg1), b = Argument(arg2);
   switch (op) {
-    case 1: return "d";
-    case 2: return a;
-    case 3: return b;
-    case 5: return a + " * " + b + " * 2.0";
-    case 6: return a + " * " + b + " * 4.0";
-    case 7: return a + " + " + b;
-    case 8: return a + " + " + b + " - vec4(0.5)";
-    case 9: return "(" + a + " + " + b + " - vec4(0.5)) * 2.0";
-    case 10: return a + " - " + b;
-    case 11: return a + " + " + b + " - " + a + " * " + b;
-    case 24: return "vec4(clamp(dot((" + a + ".rgb - 0.5) * 2.0, (" + b + ".rgb - 0.5) * 2.0), 0.0, 1.0))";
-    default: return a + " * " + b;
+    case TextureOp::Disable: return "d";
+    case TextureOp::SelectArg1: return a;
+    case TextureOp::SelectArg2: return b;
+    case TextureOp::Modulate2x: return a + " * " + b + " * 2.0";
+    case TextureOp::Modulate4x: return a + " * " + b + " * 4.0";
+    case TextureOp::Add: return a + " + " + b;
+    case TextureOp::AddSigned: return a + " + " + b + " - vec4(0.5)";
+    case TextureOp::AddSigned2x: return "(" + a + " + " + b + " - vec4(0.5)) * 2.0";
+    case TextureOp::Subtract: return a + " - " + b;
+    case TextureOp::AddSmooth: return a + " + " + b + " - " + a + " * " + b;
+    case TextureOp::DotProduct3:
+      return "vec4(clamp(dot((" + a + ".rgb - 0.5) * 2.0, (" + b + ".rgb - 0.5) * 2.0), 0.0, 1.0))";
+    default: return a + " * " + b;  // Modulate
   }
 }
 
@@ -109,12 +111,12 @@ GLuint CompileShader(GLenum kind, const std::string& source) {
   return shader;
 }
 
-void RenderDevice::SetBlend(int sourceCode, int destinationCode) {
+void RenderDevice::SetBlend(std::uint32_t sourceCode, std::uint32_t destinationCode) {
   const bool on = sourceCode != 0 && destinationCode != 0;
   SetRenderState(RenderState::ALPHABLENDENABLE, on ? 1 : 0);
   if (!on) return;
-  SetRenderState(RenderState::SRCBLEND, static_cast<std::uint32_t>(sourceCode));
-  SetRenderState(RenderState::DESTBLEND, static_cast<std::uint32_t>(destinationCode));
+  SetRenderState(RenderState::SRCBLEND, sourceCode);
+  SetRenderState(RenderState::DESTBLEND, destinationCode);
 }
 
 void GlDevice::ResetState() {
@@ -124,26 +126,26 @@ void GlDevice::ResetState() {
   auto render = [&](RenderState r, std::uint32_t v) { s.render[static_cast<std::uint32_t>(r)] = v; };
   auto stage = [&](TextureStageState t, std::uint32_t v) { s.stage[static_cast<std::uint32_t>(t)] = v; };
   render(RenderState::ZENABLE, 0);
-  render(RenderState::FILLMODE, 3);
-  render(RenderState::SHADEMODE, 2);
+  render(RenderState::FILLMODE, FillMode::Solid);
+  render(RenderState::SHADEMODE, ShadeMode::Gouraud);
   render(RenderState::ZWRITEENABLE, 1);
-  render(RenderState::SRCBLEND, 2);
-  render(RenderState::DESTBLEND, 1);
-  render(RenderState::CULLMODE, 3);
-  render(RenderState::ZFUNC, 4);
+  render(RenderState::SRCBLEND, Blend::One);
+  render(RenderState::DESTBLEND, Blend::Zero);
+  render(RenderState::CULLMODE, CullMode::CounterClockwise);
+  render(RenderState::ZFUNC, ZFunc::LessEqual);
   render(RenderState::TEXTUREFACTOR, 0xFFFFFFFFu);
   render(RenderState::LIGHTING, 1);
-  render(RenderState::COLORWRITEENABLE, 0xF);
-  stage(TextureStageState::COLOROP, 4);
-  stage(TextureStageState::COLORARG1, 2);
-  stage(TextureStageState::COLORARG2, 1);
-  stage(TextureStageState::ALPHAOP, 2);
-  stage(TextureStageState::ALPHAARG1, 2);
-  stage(TextureStageState::ALPHAARG2, 1);
-  stage(TextureStageState::ADDRESSU, 1);
-  stage(TextureStageState::ADDRESSV, 1);
-  stage(TextureStageState::MAGFILTER, 1);
-  stage(TextureStageState::MINFILTER, 1);
+  render(RenderState::COLORWRITEENABLE, ColorWrite::All);
+  stage(TextureStageState::COLOROP, TextureOp::Modulate);
+  stage(TextureStageState::COLORARG1, TextureArg::Texture);
+  stage(TextureStageState::COLORARG2, TextureArg::Current);
+  stage(TextureStageState::ALPHAOP, TextureOp::SelectArg1);
+  stage(TextureStageState::ALPHAARG1, TextureArg::Texture);
+  stage(TextureStageState::ALPHAARG2, TextureArg::Current);
+  stage(TextureStageState::ADDRESSU, TextureAddress::Wrap);
+  stage(TextureStageState::ADDRESSV, TextureAddress::Wrap);
+  stage(TextureStageState::MAGFILTER, TextureFilter::Point);
+  stage(TextureStageState::MINFILTER, TextureFilter::Point);
   s.texture = 0;
   s.format = VertexFormat::TL;
 }
@@ -211,15 +213,18 @@ const GlDevice::Program* GlDevice::ProgramFor(const DrawState& s) {
   const bool mesh = s.format == VertexFormat::Mesh;
   const bool lit = mesh && render(RenderState::LIGHTING) != 0;
   const bool specular = render(RenderState::SPECULARENABLE) != 0 && s.format != VertexFormat::Line;
-  const bool flat = render(RenderState::SHADEMODE) == 1;
+  const bool flat = render(RenderState::SHADEMODE) == ShadeMode::Flat;
   // Texture coordinates: the vertex's own or the camera-space position, optionally through the
   // texture matrix (pre-transformed vertices always take their own).
-  const std::uint32_t generate = textured && !pretransformed ? (stage(TextureStageState::TEXCOORDINDEX) >> 16) & 3 : 0;
+  const std::uint32_t generate =
+      textured && !pretransformed ? stage(TextureStageState::TEXCOORDINDEX) & TexCoordIndex::GeneratedMask : 0;
   const std::uint32_t transformCount =
-      textured && !pretransformed ? std::min<std::uint32_t>(stage(TextureStageState::TEXTURETRANSFORMFLAGS) & 0xFF, 4) : 0;
+      textured && !pretransformed
+          ? std::min<std::uint32_t>(stage(TextureStageState::TEXTURETRANSFORMFLAGS) & TextureTransform::CountMask, 4)
+          : 0;
   std::uint64_t key = (pretransformed ? 1u : 0u) | (specular ? 2u : 0u) | (flat ? 4u : 0u) | (textured ? 8u : 0u) |
                       (mesh ? 16u : 0u) | (lit ? 32u : 0u);
-  key |= static_cast<std::uint64_t>(generate) << 6 | static_cast<std::uint64_t>(transformCount) << 8;
+  key |= static_cast<std::uint64_t>(generate >> 16) << 6 | static_cast<std::uint64_t>(transformCount) << 8;
   if (textured) {
     // Without a texture the stage passes the diffuse colour on, whatever its operations.
     int shift = 12;
@@ -278,8 +283,9 @@ const GlDevice::Program* GlDevice::ProgramFor(const DrawState& s) {
                 "  float nh = nl > 0.0 ? pow(max(dot(n, h), 0.0), materialPower) : 0.0;\n"
                 "  vSpecular = vec4((nh * lightSpecular * materialSpecular).rgb, 0.0);\n";
     }
-    const std::string source = generate == 2 ? "vec4(eye, 1.0)" : generate == 1 ? "vec4(normalMatrix * normal, 1.0)"
-                                                                               : "vec4(texel, 1.0, 0.0)";
+    const std::string source = generate == TexCoordIndex::CameraSpacePosition ? "vec4(eye, 1.0)"
+                               : generate == TexCoordIndex::CameraSpaceNormal ? "vec4(normalMatrix * normal, 1.0)"
+                                                                              : "vec4(texel, 1.0, 0.0)";
     if (transformCount != 0) vertex += "  vTexel = (textureMatrix * " + source + ").xy;\n";
     else if (generate != 0) vertex += "  vTexel = " + source + ".xy;\n";
   }
@@ -358,21 +364,22 @@ void GlDevice::ApplyState(const Target& target) {
   glDisable(GL_STENCIL_TEST);
   // A back buffer's alpha stays 1, as on an X8R8G8B8 buffer, which keeps DEST_ALPHA blending sane.
   const std::uint32_t write = render(RenderState::COLORWRITEENABLE);
-  glColorMask((write & 1) != 0, (write & 2) != 0, (write & 4) != 0, target.alpha && (write & 8) != 0);
+  glColorMask((write & ColorWrite::Red) != 0, (write & ColorWrite::Green) != 0, (write & ColorWrite::Blue) != 0,
+              target.alpha && (write & ColorWrite::Alpha) != 0);
 
   if (render(RenderState::ALPHABLENDENABLE) != 0) {
     GLenum source, destination;
     const std::uint32_t src = render(RenderState::SRCBLEND);
-    if (src == 12) {  // both factors from the source alpha
+    if (src == Blend::BothSrcAlpha) {  // both factors from the source alpha
       source = GL_SRC_ALPHA;
       destination = GL_ONE_MINUS_SRC_ALPHA;
-    } else if (src == 13) {
+    } else if (src == Blend::BothInvSrcAlpha) {
       source = GL_ONE_MINUS_SRC_ALPHA;
       destination = GL_SRC_ALPHA;
     } else {
       source = BlendFactor(src);
       const std::uint32_t dst = render(RenderState::DESTBLEND);
-      destination = dst == 11 ? GL_ONE : BlendFactor(dst);  // saturate is a source factor only
+      destination = dst == Blend::SrcAlphaSat ? GL_ONE : BlendFactor(dst);  // saturate is a source factor only
     }
     glEnable(GL_BLEND);
     glBlendFunc(source, destination);
@@ -382,8 +389,8 @@ void GlDevice::ApplyState(const Target& target) {
 
   // Clockwise as the screen shows it (rows down) is counter-clockwise to GL, whose rows go up.
   switch (render(RenderState::CULLMODE)) {
-    case 1: glDisable(GL_CULL_FACE); break;
-    case 2:
+    case CullMode::None: glDisable(GL_CULL_FACE); break;
+    case CullMode::Clockwise:
       glEnable(GL_CULL_FACE);
       glFrontFace(GL_CW);
       glCullFace(GL_BACK);
@@ -395,7 +402,7 @@ void GlDevice::ApplyState(const Target& target) {
       break;
   }
   const std::uint32_t fill = render(RenderState::FILLMODE);
-  glPolygonMode(GL_FRONT_AND_BACK, fill == 1 ? GL_POINT : fill == 2 ? GL_LINE : GL_FILL);
+  glPolygonMode(GL_FRONT_AND_BACK, fill == FillMode::Point ? GL_POINT : fill == FillMode::Wireframe ? GL_LINE : GL_FILL);
 
   if (render(RenderState::ZENABLE) != 0 && !renderingToTexture_) EnsureDepth();
   if (render(RenderState::ZENABLE) != 0) {
@@ -436,8 +443,10 @@ void GlDevice::ApplyState(const Target& target) {
 void GlDevice::ApplySampler(const DrawState& s) {
   auto stage = [&](TextureStageState t) { return s.stage[static_cast<std::uint32_t>(t)]; };
   glBindSampler(0, sampler_);
-  glSamplerParameteri(sampler_, GL_TEXTURE_MAG_FILTER, stage(TextureStageState::MAGFILTER) >= 2 ? GL_LINEAR : GL_NEAREST);
-  glSamplerParameteri(sampler_, GL_TEXTURE_MIN_FILTER, stage(TextureStageState::MINFILTER) >= 2 ? GL_LINEAR : GL_NEAREST);
+  // Anisotropic filtering samples as linear.
+  auto filter = [&](TextureStageState t) { return stage(t) >= TextureFilter::Linear ? GL_LINEAR : GL_NEAREST; };
+  glSamplerParameteri(sampler_, GL_TEXTURE_MAG_FILTER, filter(TextureStageState::MAGFILTER));
+  glSamplerParameteri(sampler_, GL_TEXTURE_MIN_FILTER, filter(TextureStageState::MINFILTER));
   glSamplerParameteri(sampler_, GL_TEXTURE_WRAP_S, Address(stage(TextureStageState::ADDRESSU)));
   glSamplerParameteri(sampler_, GL_TEXTURE_WRAP_T, Address(stage(TextureStageState::ADDRESSV)));
 }

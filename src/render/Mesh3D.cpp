@@ -33,23 +33,23 @@ void SetLitMeshStates(RenderDevice& device, bool wireframe, std::uint32_t ambien
   };
   set(RenderState::VERTEXBLEND, 0);
   set(RenderState::CLIPPLANEENABLE, 0);
-  set(RenderState::FILLMODE, wireframe ? 2 : 3);
-  set(RenderState::SHADEMODE, 2);
-  set(RenderState::CULLMODE, 3);
+  set(RenderState::FILLMODE, wireframe ? FillMode::Wireframe : FillMode::Solid);
+  set(RenderState::SHADEMODE, ShadeMode::Gouraud);
+  set(RenderState::CULLMODE, CullMode::CounterClockwise);
   set(RenderState::FOGENABLE, 0);
   set(RenderState::SPECULARENABLE, 1);
   set(RenderState::LIGHTING, 1);
   set(RenderState::AMBIENT, ambient);
   set(RenderState::ZENABLE, 1);
-  set(RenderState::ZFUNC, 2);
+  set(RenderState::ZFUNC, ZFunc::Less);
   set(RenderState::STENCILENABLE, 0);
-  set(RenderState::COLORWRITEENABLE, 0xF);
+  set(RenderState::COLORWRITEENABLE, ColorWrite::All);
   set(RenderState::DITHERENABLE, 1);
   set(RenderState::COLORVERTEX, 0);
-  set(RenderState::DIFFUSEMATERIALSOURCE, 0);
-  set(RenderState::SPECULARMATERIALSOURCE, 0);
-  set(RenderState::AMBIENTMATERIALSOURCE, 0);
-  set(RenderState::EMISSIVEMATERIALSOURCE, 0);
+  set(RenderState::DIFFUSEMATERIALSOURCE, MaterialSource::Material);
+  set(RenderState::SPECULARMATERIALSOURCE, MaterialSource::Material);
+  set(RenderState::AMBIENTMATERIALSOURCE, MaterialSource::Material);
+  set(RenderState::EMISSIVEMATERIALSOURCE, MaterialSource::Material);
 }
 
 void SetTextLight(RenderDevice& device, std::uint32_t color) {

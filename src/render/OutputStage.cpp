@@ -23,7 +23,8 @@ std::uint32_t Grey(std::int32_t level) {
 
 }  // namespace
 
-void FrameRenderer::DrawOutputRectangle(std::uint32_t color, TextureId texture, int source, int destination) {
+void FrameRenderer::DrawOutputRectangle(std::uint32_t color, TextureId texture, std::uint32_t source,
+                                        std::uint32_t destination) {
   RenderDevice* d = device_;
   if (d == nullptr) return;
   const int w = BackBufferWidth(), h = BackBufferHeight();
@@ -40,10 +41,10 @@ void FrameRenderer::DrawOutputRectangle(std::uint32_t color, TextureId texture, 
   for (TLVERTEX& v : outputRectangle_) v.color = color;
   d->SetVertexShader(VertexFormat::TL);
   d->SetTexture(texture);
-  d->SetRenderState(RenderState::SRCBLEND, static_cast<std::uint32_t>(source));
-  d->SetRenderState(RenderState::DESTBLEND, static_cast<std::uint32_t>(destination));
+  d->SetRenderState(RenderState::SRCBLEND, source);
+  d->SetRenderState(RenderState::DESTBLEND, destination);
   d->SetRenderState(RenderState::ALPHABLENDENABLE, 1);
-  d->SetRenderState(RenderState::FILLMODE, 3);
+  d->SetRenderState(RenderState::FILLMODE, FillMode::Solid);
   d->DrawPrimitiveUP(PrimitiveType::TriangleList, 4, outputRectangle_, sizeof(TLVERTEX));
   d->SetRenderState(RenderState::ALPHABLENDENABLE, 0);
   d->SetTexture(0);
@@ -66,19 +67,19 @@ void FrameRenderer::CreateMaskTexture(const std::string& file) {
 // The picture times the mask picture (without one, times white), and times fade / 255.
 void FrameRenderer::RenderMask(std::int32_t fade) {
   if (device_ == nullptr) return;
-  device_->SetRenderState(RenderState::CULLMODE, 1);
-  DrawOutputRectangle(Grey(fade), maskTexture_, 1, 3);
+  device_->SetRenderState(RenderState::CULLMODE, CullMode::None);
+  DrawOutputRectangle(Grey(fade), maskTexture_, Blend::Zero, Blend::SrcColor);
 }
 
 // The picture times fade / 255; at 255 that is the picture itself, so nothing is drawn.
 void FrameRenderer::RenderOutputFade(std::int32_t fade) {
   if (fade >= 255) return;
-  DrawOutputRectangle(Grey(fade), 0, 1, 3);
+  DrawOutputRectangle(Grey(fade), 0, Blend::Zero, Blend::SrcColor);
 }
 
 // White times (1 - d) plus d times (1 - d): black turns white, white black, and mid grey lighter
 // than a plain inversion would make it.
-void FrameRenderer::RenderInvert() { DrawOutputRectangle(kWhite, 0, 10, 10); }
+void FrameRenderer::RenderInvert() { DrawOutputRectangle(kWhite, 0, Blend::InvDestColor, Blend::InvDestColor); }
 
 void FrameRenderer::FinishOutput(const EffectArguments* effect, bool invert, bool mask, std::int32_t fade) {
   RenderDevice* d = device_;
@@ -116,15 +117,15 @@ void FrameRenderer::RenderGrayScale() {
   const TextureId picture = GetCurrentOutputTexture(rx, ry);
   if (picture == 0) return;
   // Each pixel's luminance: the dot product with the weights 54, 182 and 18 of 255.
-  d->SetTextureStageState(TextureStageState::COLOROP, 24);
-  d->SetTextureStageState(TextureStageState::COLORARG1, 2);
-  d->SetTextureStageState(TextureStageState::COLORARG2, 3);
+  d->SetTextureStageState(TextureStageState::COLOROP, TextureOp::DotProduct3);
+  d->SetTextureStageState(TextureStageState::COLORARG1, TextureArg::Texture);
+  d->SetTextureStageState(TextureStageState::COLORARG2, TextureArg::TextureFactor);
   d->SetRenderState(RenderState::TEXTUREFACTOR, 0x36B612);
-  DrawOutputRectangle(kWhite, picture, 2, 1);
+  DrawOutputRectangle(kWhite, picture, Blend::One, Blend::Zero);
   d->SetRenderState(RenderState::TEXTUREFACTOR, 0xFFFFFFFFu);
-  d->SetTextureStageState(TextureStageState::COLOROP, 4);
-  d->SetTextureStageState(TextureStageState::COLORARG1, 1);
-  d->SetTextureStageState(TextureStageState::COLORARG2, 1);
+  d->SetTextureStageState(TextureStageState::COLOROP, TextureOp::Modulate);
+  d->SetTextureStageState(TextureStageState::COLORARG1, TextureArg::Current);
+  d->SetTextureStageState(TextureStageState::COLORARG2, TextureArg::Current);
 }
 
 void FrameRenderer::InitializeMachineStateOverlay(std::int32_t frames) {
@@ -139,7 +140,7 @@ void FrameRenderer::InitializeMachineStateOverlay(std::int32_t frames) {
 void FrameRenderer::RenderMachineStateOverlay() {
   if (overlayLeft_ <= 0 || OverlayFrameCount <= 0) return;
   const double share = static_cast<double>(overlayLeft_) / OverlayFrameCount;
-  DrawOutputRectangle(Grey(static_cast<std::int32_t>(std::trunc(share * 255.0))), overlayTexture_, 3, 9);
+  DrawOutputRectangle(Grey(static_cast<std::int32_t>(std::trunc(share * 255.0))), overlayTexture_, Blend::SrcColor, Blend::DestColor);
   --overlayLeft_;
 }
 

@@ -23,8 +23,8 @@ float WrapAngle(float degrees) { return std::fmod(degrees, 360.0f); }
 void FrameRenderer::Render3D(const FrameArguments& args) {
   RenderDevice* d = device_;
   if (d != nullptr) {
-    d->SetTextureStageState(TextureStageState::MAGFILTER, 2);
-    d->SetTextureStageState(TextureStageState::MINFILTER, 2);
+    d->SetTextureStageState(TextureStageState::MAGFILTER, TextureFilter::Linear);
+    d->SetTextureStageState(TextureStageState::MINFILTER, TextureFilter::Linear);
     // Records follow their texts: new texts, new box sizes and new pictures are taken up here.
     TextBoxSetup();
   }
@@ -48,13 +48,13 @@ void FrameRenderer::Render3DCopy(std::int32_t index, std::int32_t j, const TextF
   // keyed out); otherwise the box is opaque.
   if (t.AlphaBlend) {
     d.SetRenderState(RenderState::ALPHABLENDENABLE, 1);
-    d.SetBlend(5, 7);
+    d.SetBlend(Blend::SrcAlpha, Blend::DestAlpha);
   } else if (picture) {
-    d.SetBlend(5, 6);
+    d.SetBlend(Blend::SrcAlpha, Blend::InvSrcAlpha);
     d.SetRenderState(RenderState::ALPHABLENDENABLE, 1);
   } else {
     d.SetRenderState(RenderState::ALPHABLENDENABLE, 0);
-    d.SetBlend(7, 6);
+    d.SetBlend(Blend::DestAlpha, Blend::InvSrcAlpha);
   }
 
   // Rotation. A looping axis runs on from the text's current angle; a fixed one stands at its
@@ -167,13 +167,19 @@ void FrameRenderer::CreateFull3DText(TextBox& box, const TextObject& t, const Te
     TextureStageState state;
     std::uint32_t value;
   };
-  StageValue stages[] = {{TextureStageState::TEXCOORDINDEX, 0x20000}, {TextureStageState::COLORARG1, 2},
-                         {TextureStageState::COLOROP, 5},         {TextureStageState::COLORARG2, 0},
-                         {TextureStageState::ALPHAARG1, 2},       {TextureStageState::ALPHAOP, 1},
-                         {TextureStageState::ALPHAARG2, 0},       {TextureStageState::TEXTURETRANSFORMFLAGS, 2},
-                         {TextureStageState::ADDRESSU, 1},        {TextureStageState::ADDRESSV, 1},
-                         {TextureStageState::MINFILTER, 2},       {TextureStageState::MAGFILTER, 2},
-                         {TextureStageState::MIPFILTER, 2}};
+  StageValue stages[] = {{TextureStageState::TEXCOORDINDEX, TexCoordIndex::CameraSpacePosition},
+                         {TextureStageState::COLORARG1, TextureArg::Texture},
+                         {TextureStageState::COLOROP, TextureOp::Modulate2x},
+                         {TextureStageState::COLORARG2, TextureArg::Diffuse},
+                         {TextureStageState::ALPHAARG1, TextureArg::Texture},
+                         {TextureStageState::ALPHAOP, TextureOp::Disable},
+                         {TextureStageState::ALPHAARG2, TextureArg::Diffuse},
+                         {TextureStageState::TEXTURETRANSFORMFLAGS, TextureTransform::Count2},
+                         {TextureStageState::ADDRESSU, TextureAddress::Wrap},
+                         {TextureStageState::ADDRESSV, TextureAddress::Wrap},
+                         {TextureStageState::MINFILTER, TextureFilter::Linear},
+                         {TextureStageState::MAGFILTER, TextureFilter::Linear},
+                         {TextureStageState::MIPFILTER, TextureFilter::Linear}};
   for (StageValue& stage : stages) {
     const std::uint32_t old = d.GetTextureStageState(stage.state);
     d.SetTextureStageState(stage.state, stage.value);

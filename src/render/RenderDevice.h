@@ -43,16 +43,16 @@ struct TextureDesc {
   bool RenderTarget = false;
 };
 
-// The render states the passes set, by their device codes.
+// The render states the passes set, by their device codes. The values they take are named below.
 enum class RenderState : std::uint32_t {
   ZENABLE = 7,
-  FILLMODE = 8,       // 1 point, 2 wireframe, 3 solid
-  SHADEMODE = 9,      // 1 flat, 2 Gouraud
+  FILLMODE = 8,       // FillMode
+  SHADEMODE = 9,      // ShadeMode
   ZWRITEENABLE = 14,
-  SRCBLEND = 19,
-  DESTBLEND = 20,
-  CULLMODE = 22,      // 1 none, 2 clockwise, 3 counter-clockwise (the default)
-  ZFUNC = 23,         // 1 never .. 8 always, 4 less-equal (the default)
+  SRCBLEND = 19,      // Blend
+  DESTBLEND = 20,     // Blend
+  CULLMODE = 22,      // CullMode
+  ZFUNC = 23,         // ZFunc
   DITHERENABLE = 26,
   ALPHABLENDENABLE = 27,
   FOGENABLE = 28,
@@ -63,31 +63,95 @@ enum class RenderState : std::uint32_t {
   AMBIENT = 139,      // 0xAARRGGBB, times the material's ambient colour
   COLORVERTEX = 141,
   NORMALIZENORMALS = 143,
-  DIFFUSEMATERIALSOURCE = 145,  // 0: the material; meshes have no vertex colours to take instead
+  DIFFUSEMATERIALSOURCE = 145,  // MaterialSource
   SPECULARMATERIALSOURCE = 146,
   AMBIENTMATERIALSOURCE = 147,
   EMISSIVEMATERIALSOURCE = 148,
   VERTEXBLEND = 151,
   CLIPPLANEENABLE = 152,
-  COLORWRITEENABLE = 168,  // bits 1 red, 2 green, 4 blue, 8 alpha
+  COLORWRITEENABLE = 168,  // ColorWrite bits
 };
 
 // Stage 0's colour and alpha operations and sampling, by their device codes.
 enum class TextureStageState : std::uint32_t {
-  COLOROP = 1,    // 1 disable, 2 select arg 1, 3 select arg 2, 4 modulate, 5 modulate 2x, 6 modulate 4x,
-  COLORARG1 = 2,  // 7 add, 8 add signed, 10 subtract, 24 dot product
-  COLORARG2 = 3,  // arguments: 0 diffuse, 1 current, 2 texture, 3 texture factor; +0x10 complement,
-  ALPHAOP = 4,    // +0x20 alpha replicate
+  COLOROP = 1,    // TextureOp
+  COLORARG1 = 2,  // TextureArg
+  COLORARG2 = 3,
+  ALPHAOP = 4,
   ALPHAARG1 = 5,
   ALPHAARG2 = 6,
-  TEXCOORDINDEX = 11,  // 0: the vertex's own; 0x20000: the camera-space position
-  ADDRESSU = 13,  // 1 wrap, 2 mirror, 3 clamp
+  TEXCOORDINDEX = 11,  // TexCoordIndex
+  ADDRESSU = 13,  // TextureAddress
   ADDRESSV = 14,
-  MAGFILTER = 16,  // 1 point, 2 linear, 3 anisotropic
+  MAGFILTER = 16,  // TextureFilter
   MINFILTER = 17,
   MIPFILTER = 18,
-  TEXTURETRANSFORMFLAGS = 24,  // 0: coordinates as they come; 2: through the Texture0 matrix, two kept
+  TEXTURETRANSFORMFLAGS = 24,  // TextureTransform
 };
+
+// The values of the states above, by their device codes (the numbers are the device's and never
+// change). The enabling states (ZENABLE, LIGHTING...) take 0 and 1.
+namespace CullMode {
+inline constexpr std::uint32_t None = 1, Clockwise = 2, CounterClockwise = 3;  // counter-clockwise: the default
+}
+namespace FillMode {
+inline constexpr std::uint32_t Point = 1, Wireframe = 2, Solid = 3;
+}
+namespace ShadeMode {
+inline constexpr std::uint32_t Flat = 1, Gouraud = 2;
+}
+// What a pixel's depth must be against the depth buffer's to be drawn; less-equal is the default.
+namespace ZFunc {
+inline constexpr std::uint32_t Never = 1, Less = 2, Equal = 3, LessEqual = 4, Greater = 5, NotEqual = 6,
+                               GreaterEqual = 7, Always = 8;
+}
+// MAGFILTER, MINFILTER and MIPFILTER (None only there).
+namespace TextureFilter {
+inline constexpr std::uint32_t None = 0, Point = 1, Linear = 2, Anisotropic = 3;
+}
+// ADDRESSU and ADDRESSV.
+namespace TextureAddress {
+inline constexpr std::uint32_t Wrap = 1, Mirror = 2, Clamp = 3, Border = 4, MirrorOnce = 5;
+}
+// COLOROP and ALPHAOP, with a and b the first and second argument.
+namespace TextureOp {
+inline constexpr std::uint32_t Disable = 1,      // the diffuse colour passes on
+    SelectArg1 = 2, SelectArg2 = 3,
+    Modulate = 4, Modulate2x = 5, Modulate4x = 6,  // a b, 2 a b, 4 a b
+    Add = 7, AddSigned = 8, AddSigned2x = 9,       // a + b, a + b - 0.5, 2 (a + b - 0.5)
+    Subtract = 10, AddSmooth = 11,                 // a - b, a + b - a b
+    DotProduct3 = 24;                              // the dot product of a and b as signed vectors, in each channel
+}
+// The arguments: one source, optionally complemented (1 - x) and alpha-replicated.
+namespace TextureArg {
+inline constexpr std::uint32_t Diffuse = 0, Current = 1, Texture = 2, TextureFactor = 3;
+inline constexpr std::uint32_t SourceMask = 0xF, Complement = 0x10, AlphaReplicate = 0x20;
+}
+// TEXCOORDINDEX: the vertex's own coordinates, or coordinates made from the camera-space normal
+// or position.
+namespace TexCoordIndex {
+inline constexpr std::uint32_t Vertex = 0, CameraSpaceNormal = 0x10000, CameraSpacePosition = 0x20000;
+inline constexpr std::uint32_t GeneratedMask = 0x30000;
+}
+// TEXTURETRANSFORMFLAGS: coordinates as they come, or through the Texture0 matrix with this many kept.
+namespace TextureTransform {
+inline constexpr std::uint32_t Disable = 0, Count2 = 2;
+inline constexpr std::uint32_t CountMask = 0xFF;
+}
+namespace MaterialSource {
+inline constexpr std::uint32_t Material = 0;  // meshes have no vertex colours to take instead
+}
+// COLORWRITEENABLE's bits.
+namespace ColorWrite {
+inline constexpr std::uint32_t Red = 1, Green = 2, Blue = 4, Alpha = 8, All = 0xF;
+}
+// SRCBLEND and DESTBLEND, as show files name them (SetBlend). The two BOTH codes, given as the
+// source, set both factors; SRC_ALPHA_SAT is a source factor only (ONE as the destination's).
+namespace Blend {
+inline constexpr std::uint32_t Zero = 1, One = 2, SrcColor = 3, InvSrcColor = 4, SrcAlpha = 5, InvSrcAlpha = 6,
+                               DestAlpha = 7, InvDestAlpha = 8, DestColor = 9, InvDestColor = 10, SrcAlphaSat = 11,
+                               BothSrcAlpha = 12, BothInvSrcAlpha = 13;
+}
 
 enum class TransformState : std::uint32_t { View = 2, Projection = 3, Texture0 = 16, World = 256 };
 
@@ -132,11 +196,9 @@ class RenderDevice {
   virtual void SetTransform(TransformState state, const Matrix& matrix) = 0;
   virtual void SetTexture(TextureId texture) = 0;
   virtual void SetVertexShader(VertexFormat format) = 0;
-  // Blending as show files name it: 1 ZERO, 2 ONE, 3 SRC_COLOR, 4 INV_SRC_COLOR, 5 SRC_ALPHA,
-  // 6 INV_SRC_ALPHA, 7 DEST_ALPHA, 8 INV_DEST_ALPHA, 9 DEST_COLOR, 10 INV_DEST_COLOR,
-  // 11 SRC_ALPHA_SAT, 12 BOTH_SRC_ALPHA, 13 BOTH_INV_SRC_ALPHA (the last two set both factors from
-  // the source code). Code 0 in either turns blending off; other codes count as ONE.
-  void SetBlend(int sourceCode, int destinationCode);
+  // Blending by Blend codes, as show files name them (ZERO, ONE, SRC_COLOR...). Code 0 in either
+  // turns blending off; codes the device does not know count as ONE.
+  void SetBlend(std::uint32_t sourceCode, std::uint32_t destinationCode);
 
   // ---- Drawing -------------------------------------------------------------------------------
   // Draws from a client vertex list laid out as the current vertex format; `stride` must be that

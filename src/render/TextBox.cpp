@@ -58,8 +58,8 @@ void RenderTextBox(RenderDevice& device, const TextBox& box, const TextObject& t
   shape.HalfHeight = static_cast<float>(box.Height) / static_cast<float>(device.BackBufferHeight()) * 10.0f;
   shape.Color = white ? 0xFFFFFFFFu : color;
   device.SetTexture(box.Texture);
-  device.SetRenderState(RenderState::CULLMODE, 1);
-  device.SetRenderState(RenderState::FILLMODE, 3);
+  device.SetRenderState(RenderState::CULLMODE, CullMode::None);
+  device.SetRenderState(RenderState::FILLMODE, FillMode::Solid);
   device.SetTransform(TransformState::World, box.TextFrame->GetUpdatedMatrix());
   BuildTextBoxShape(text.Shape3DType, text.Circle3D, wave, text.Spiral3D, shape, firstCopy, scratch.strip);
   if (scratch.strip.size() >= 3)

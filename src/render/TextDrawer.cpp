@@ -12,12 +12,16 @@ namespace {
 // Glyph coverage times the text's colour, alpha-blended, unfiltered, whatever culling and depth
 // the caller had.
 constexpr std::pair<RenderState, std::uint32_t> kTextRenderStates[] = {
-    {RenderState::ALPHABLENDENABLE, 1}, {RenderState::SRCBLEND, 5}, {RenderState::DESTBLEND, 6},
-    {RenderState::CULLMODE, 1},         {RenderState::ZENABLE, 0}};
+    {RenderState::ALPHABLENDENABLE, 1},
+    {RenderState::SRCBLEND, Blend::SrcAlpha},
+    {RenderState::DESTBLEND, Blend::InvSrcAlpha},
+    {RenderState::CULLMODE, CullMode::None},
+    {RenderState::ZENABLE, 0}};
 constexpr std::pair<TextureStageState, std::uint32_t> kTextStageStates[] = {
-    {TextureStageState::COLOROP, 4},   {TextureStageState::COLORARG1, 2}, {TextureStageState::COLORARG2, 0},
-    {TextureStageState::ALPHAOP, 4},   {TextureStageState::ALPHAARG1, 2}, {TextureStageState::ALPHAARG2, 0},
-    {TextureStageState::MAGFILTER, 1}, {TextureStageState::MINFILTER, 1}};
+    {TextureStageState::COLOROP, TextureOp::Modulate},      {TextureStageState::COLORARG1, TextureArg::Texture},
+    {TextureStageState::COLORARG2, TextureArg::Diffuse},    {TextureStageState::ALPHAOP, TextureOp::Modulate},
+    {TextureStageState::ALPHAARG1, TextureArg::Texture},    {TextureStageState::ALPHAARG2, TextureArg::Diffuse},
+    {TextureStageState::MAGFILTER, TextureFilter::Point},   {TextureStageState::MINFILTER, TextureFilter::Point}};
 
 }  // namespace
 

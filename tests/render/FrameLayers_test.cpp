@@ -194,7 +194,7 @@ TEST_F(FrameLayersTest, EachBlendPairOfTheEffectOverThePicture) {
   // A name only a show file brings: both factors from the source's alpha, so the effect covers.
   args.Effect.SourceBlend = EffectBlendCode("BOTH_SRC_ALPHA", true);
   args.Effect.TargetBlend = EffectBlendCode("ANYTHING", false);
-  EXPECT_EQ(args.Effect.TargetBlend, 9);
+  EXPECT_EQ(args.Effect.TargetBlend, static_cast<int>(Blend::DestColor));
   EXPECT_EQ(Centre(), 0xCC6633u);
 }
 
@@ -205,8 +205,8 @@ TEST_F(FrameLayersTest, TheEffectColourDriftsOnItsTimerAndHoldKeepsTheLayout) {
   args.Effect.Color = ProgramColor(128, 128, 128);
   args.Effect.ColorRandom = 100;
   args.Effect.Timer = 200;
-  args.Effect.SourceBlend = 2;
-  args.Effect.TargetBlend = 1;
+  args.Effect.SourceBlend = Blend::One;
+  args.Effect.TargetBlend = Blend::Zero;
   Frame();
   ASSERT_EQ(drift.size(), 1u);
   args.Effect.Color = drift.back();  // the control takes it
@@ -409,8 +409,8 @@ TEST_F(FrameLayersTest, APictureComingInSlicesLeavesTheLastOneOnShow) {
   // An effect picture coming in shows nothing until it is whole: not a plain white rectangle
   // covering the output.
   args.Effect.Enabled = true;
-  args.Effect.SourceBlend = 2;  // ONE over ZERO: the effect alone
-  args.Effect.TargetBlend = 1;
+  args.Effect.SourceBlend = Blend::One;  // the effect alone
+  args.Effect.TargetBlend = Blend::Zero;
   renderer.SetEffectTexture(Solid("green.png", 0x00FF00));
   shown = Centre();
   EXPECT_EQ(shown, 0x0000FFu);

@@ -70,7 +70,7 @@ TEST(HeadlessDevice, AFrameWithoutAClearKeepsTheLastFrame) {
 // Every pair of blend codes against its formula: a source of one colour over a cleared destination,
 // each pair in its own cell of one frame.
 TEST(HeadlessDevice, EachBlendCodePairFollowsItsFormula) {
-  constexpr int kCell = 4, kCodes = 13;
+  constexpr int kCell = 4, kCodes = static_cast<int>(Blend::BothInvSrcAlpha);  // codes 1..13
   std::string error;
   auto device = CreateHeadlessDevice(kCell * kCodes, kCell * kCodes, error);
   ASSERT_NE(device, nullptr) << error;
@@ -80,7 +80,7 @@ TEST(HeadlessDevice, EachBlendCodePairFollowsItsFormula) {
   device->Clear(0xFF4D80E6);
   for (int src = 1; src <= kCodes; ++src) {
     for (int dst = 1; dst <= kCodes; ++dst) {
-      device->SetBlend(src, dst);
+      device->SetBlend(static_cast<std::uint32_t>(src), static_cast<std::uint32_t>(dst));
       Quad(*device, (src - 1) * kCell, (dst - 1) * kCell, src * kCell, dst * kCell, 0x99CC6633);
     }
   }
@@ -89,17 +89,17 @@ TEST(HeadlessDevice, EachBlendCodePairFollowsItsFormula) {
   ASSERT_TRUE(device->ReadBackNow(rgba));
 
   auto factor = [&](int code, int channel, bool source) -> double {
-    switch (code) {
-      case 1: return 0;
-      case 3: return S[channel];
-      case 4: return 1 - S[channel];
-      case 5: return Sa;
-      case 6: return 1 - Sa;
-      case 7: return Da;
-      case 8: return 1 - Da;
-      case 9: return D[channel];
-      case 10: return 1 - D[channel];
-      case 11: return source ? std::min(Sa, 1 - Da) : 1;
+    switch (static_cast<std::uint32_t>(code)) {
+      case Blend::Zero: return 0;
+      case Blend::SrcColor: return S[channel];
+      case Blend::InvSrcColor: return 1 - S[channel];
+      case Blend::SrcAlpha: return Sa;
+      case Blend::InvSrcAlpha: return 1 - Sa;
+      case Blend::DestAlpha: return Da;
+      case Blend::InvDestAlpha: return 1 - Da;
+      case Blend::DestColor: return D[channel];
+      case Blend::InvDestColor: return 1 - D[channel];
+      case Blend::SrcAlphaSat: return source ? std::min(Sa, 1 - Da) : 1;
       default: return 1;
     }
   };
@@ -109,8 +109,9 @@ TEST(HeadlessDevice, EachBlendCodePairFollowsItsFormula) {
       const std::size_t at = (static_cast<std::size_t>(y) * kCell * kCodes + static_cast<std::size_t>(x)) * 4;
       for (int ch = 0; ch < 3; ++ch) {
         double fs = factor(src, ch, true), fd = factor(dst, ch, false);
-        if (src == 12) fs = Sa, fd = 1 - Sa;
-        if (src == 13) fs = 1 - Sa, fd = Sa;
+        const auto both = static_cast<std::uint32_t>(src);
+        if (both == Blend::BothSrcAlpha) fs = Sa, fd = 1 - Sa;
+        if (both == Blend::BothInvSrcAlpha) fs = 1 - Sa, fd = Sa;
         const double want = std::clamp(S[ch] * fs + D[ch] * fd, 0.0, 1.0) * 255.0;
         EXPECT_NEAR(rgba[at + static_cast<std::size_t>(ch)], want, 2.5) << "codes " << src << "," << dst << " channel " << ch;
       }
@@ -133,7 +134,7 @@ TEST(HeadlessDevice, VertexLayoutsLandWhereTheySay) {
   // Counter-clockwise: culled, unless culling is off.
   const TLVERTEX counter[3] = {{64, 0, 0, 1, 0xFF00FF00}, {32, 0, 0, 1, 0xFF00FF00}, {64, 32, 0, 1, 0xFF00FF00}};
   device->DrawPrimitiveUP(PrimitiveType::TriangleList, 1, counter);
-  device->SetRenderState(RenderState::CULLMODE, 1);
+  device->SetRenderState(RenderState::CULLMODE, CullMode::None);
   const TLVERTEX counterBlue[3] = {{0, 64, 0, 1, 0xFF0000FF}, {32, 64, 0, 1, 0xFF0000FF}, {0, 32, 0, 1, 0xFF0000FF}};
   device->DrawPrimitiveUP(PrimitiveType::TriangleList, 1, counterBlue);
   // A world-space square in front of a camera on the -z axis fills the lower right quarter.
@@ -183,7 +184,7 @@ TEST(HeadlessDevice, TexturesLoadDrawAndTakeCopies) {
   device->BeginScene();
   device->Clear(0xFF0000FF);
   device->SetTexture(keyed);
-  device->SetBlend(5, 6);
+  device->SetBlend(Blend::SrcAlpha, Blend::InvSrcAlpha);
   test::TexturedQuad(*device, 0, 0, 32, 32, 0xFFFFFFFF);  // modulate by white: the texture
   device->SetTexture(0);
   device->EndScene();
@@ -303,10 +304,10 @@ TEST(HeadlessDevice, MeshesAreLitByTheMaterialAndTheLight) {
   const TextureId texture = device->CreateTextureFromImage(picture);
   device->SetTexture(texture);
   device->SetRenderState(RenderState::SPECULARENABLE, 0);
-  device->SetTextureStageState(TextureStageState::TEXCOORDINDEX, 0x20000);
-  device->SetTextureStageState(TextureStageState::TEXTURETRANSFORMFLAGS, 2);
-  device->SetTextureStageState(TextureStageState::COLOROP, 2);  // the texture alone
-  device->SetTextureStageState(TextureStageState::ADDRESSU, 3);
+  device->SetTextureStageState(TextureStageState::TEXCOORDINDEX, TexCoordIndex::CameraSpacePosition);
+  device->SetTextureStageState(TextureStageState::TEXTURETRANSFORMFLAGS, TextureTransform::Count2);
+  device->SetTextureStageState(TextureStageState::COLOROP, TextureOp::SelectArg1);  // the texture alone
+  device->SetTextureStageState(TextureStageState::ADDRESSU, TextureAddress::Clamp);
   Matrix texel = Matrix::Scaling(0.25f, 0.25f, 1);  // x of -1..1 at the square to u 0.25..0.75
   texel.m[3][0] = texel.m[3][1] = 0.5f;
   device->SetTransform(TransformState::Texture0, texel);
@@ -320,7 +321,7 @@ TEST(HeadlessDevice, MeshesAreLitByTheMaterialAndTheLight) {
   device->SetTransform(TransformState::View, Matrix::LookAtLH(behind, at, up));
   draw();
   EXPECT_EQ(Pixel(rgba, 64, 32, 32), 0u);
-  device->SetRenderState(RenderState::CULLMODE, 1);
+  device->SetRenderState(RenderState::CULLMODE, CullMode::None);
   draw();
   EXPECT_NE(Pixel(rgba, 64, 32, 32), 0u);
   device->ReleaseMesh(mesh);
