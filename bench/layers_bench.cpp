@@ -86,9 +86,9 @@ void BM_EveryPass(benchmark::State& state) {
   if (!out.device) return;
   QTemporaryDir folder;
   const std::string photo = Photo(folder, 0);
-  out.renderer.WaitForImages = true;
-  out.renderer.InitializeBackground(photo, true, kWidth, kHeight);
-  out.renderer.CreateMaskTexture(photo);
+  out.renderer.Pictures().WaitForImages = true;
+  out.renderer.Backgrounds().InitializeBackground(photo, true, kWidth, kHeight);
+  out.renderer.Output().CreateMaskTexture(photo);
   FrameArguments args;
   args.Text.BackBufferWidth = kWidth;
   args.Text.BackBufferHeight = kHeight;
@@ -137,7 +137,7 @@ void BM_DemoShow(benchmark::State& state) {
   EffectsForm& effects = stage.Effects;
   stage.Main.BackBufferWidth = kWidth;
   stage.Main.BackBufferHeight = kHeight;
-  out.renderer.WaitForImages = true;
+  out.renderer.Pictures().WaitForImages = true;
   ShowFile& show = stage.Show;
   std::string error;
   // LUMIVANE_BENCH_SHOW plays another show the same way (those bench/make_*_show.sh write).
@@ -185,13 +185,13 @@ void BM_SwitchToNewPictures(benchmark::State& state) {
   int sent = 0;
   for (auto _ : state) {
     // A fresh list each round: every picture is new to the output.
-    out.renderer.ResetBackGrounds();
+    out.renderer.Backgrounds().ResetBackGrounds();
     for (int frame = 0; frame < 240; ++frame) {
       out.engine.clock.Advance(16);
       // The send is the operator's, on the same thread as the frames: it is timed with them.
       Stopwatch watch;
       if (frame % 30 == 0 && (sends || frame == 0)) {
-        out.renderer.InitializeBackground(photos[static_cast<std::size_t>(sent % 8)], true, kWidth, kHeight);
+        out.renderer.Backgrounds().InitializeBackground(photos[static_cast<std::size_t>(sent % 8)], true, kWidth, kHeight);
         ++sent;
       }
       out.renderer.RenderFrame(args);
@@ -199,7 +199,7 @@ void BM_SwitchToNewPictures(benchmark::State& state) {
       frameMs.push_back(static_cast<double>(ns) / 1e6);
       if (ns < 16'666'667) std::this_thread::sleep_for(std::chrono::nanoseconds(16'666'667 - ns));
     }
-    out.renderer.FinishImages();
+    out.renderer.Pictures().FinishImages();
   }
   std::sort(frameMs.begin(), frameMs.end());
   const double median = frameMs[frameMs.size() / 2], longest = frameMs.back();

@@ -161,8 +161,8 @@ HeadlessSession::HeadlessSession(const AppOptions& options, std::ostream& err)
   };
   // A render from a file is the same every time: no frame goes out without the models and
   // pictures it shows.
-  s.renderer.WaitForModels = true;
-  s.renderer.WaitForImages = true;
+  s.renderer.TextBoxes().WaitForModels = true;
+  s.renderer.Pictures().WaitForImages = true;
   RenderTimer::Hooks hooks;
   hooks.render = [&s] { s.stage.Main.Render(); };
   s.timer.SetHooks(std::move(hooks));

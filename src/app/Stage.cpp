@@ -16,28 +16,28 @@ class Stage::RendererLayers final : public LayerOutput {
   explicit RendererLayers(Stage& stage) : stage_(stage) {}
 
   void ShowBackground(const std::string& file, bool hideAll, std::int32_t width, std::int32_t height) override {
-    if (FrameRenderer* r = Running()) r->InitializeBackground(file, hideAll, width, height);
+    if (FrameRenderer* r = Running()) r->Backgrounds().InitializeBackground(file, hideAll, width, height);
   }
   void ResetBackgrounds() override {
-    if (FrameRenderer* r = Running()) r->ResetBackGrounds();
+    if (FrameRenderer* r = Running()) r->Backgrounds().ResetBackGrounds();
   }
   bool ReadLayout(BackGroundMesh& mesh) override {
     FrameRenderer* r = Running();
     if (r == nullptr || !r->Running()) return false;
-    mesh = r->LastBackGroundMesh();
+    mesh = r->Backgrounds().LastBackGroundMesh();
     return true;
   }
   void SetLayout(const BackGroundMesh& mesh) override {
-    if (FrameRenderer* r = Running()) r->SetLastBackGroundMesh(mesh);
+    if (FrameRenderer* r = Running()) r->Backgrounds().SetLastBackGroundMesh(mesh);
   }
   void SetMask(const std::string& file) override {
-    if (FrameRenderer* r = Running()) r->CreateMaskTexture(file);
+    if (FrameRenderer* r = Running()) r->Output().CreateMaskTexture(file);
   }
   void SetEffectPicture(const std::string& file) override {
-    if (FrameRenderer* r = Running()) r->SetEffectTexture(file);
+    if (FrameRenderer* r = Running()) r->Effect().SetEffectTexture(file);
   }
   void ResetEffectPicture() override {
-    if (FrameRenderer* r = Running()) r->ResetEffectTexture();
+    if (FrameRenderer* r = Running()) r->Effect().ResetEffectTexture();
   }
 
  private:
@@ -71,10 +71,10 @@ Stage::Stage(Clock& clock, RandomSource& random, MsgBox& msgBox, std::string app
   };
   // The running output's text boxes follow the texts' list.
   Main.AfterTextRemoved = [this](std::int32_t index) {
-    if (FrameRenderer* r = host_ != nullptr ? host_->RunningRenderer() : nullptr) r->TextBoxRemove(index);
+    if (FrameRenderer* r = host_ != nullptr ? host_->RunningRenderer() : nullptr) r->TextBoxes().TextBoxRemove(index);
   };
   Main.AfterZOrder = [this](std::int32_t index, bool toBack) {
-    if (FrameRenderer* r = host_ != nullptr ? host_->RunningRenderer() : nullptr) r->TextFrameZOrder(index, toBack);
+    if (FrameRenderer* r = host_ != nullptr ? host_->RunningRenderer() : nullptr) r->TextBoxes().TextFrameZOrder(index, toBack);
   };
   Main.FileExists = [](const std::string& path) { return QFileInfo::exists(QString::fromStdString(path)); };
   Main.LoadFactoryShow = [this] {
@@ -91,10 +91,10 @@ Stage::~Stage() {
 
 void Stage::AttachOutput(FrameRenderer& renderer) {
   const ControlHandle colour = Effects.C().picEffectColor;
-  renderer.EffectColorChanged = [this, colour](std::int32_t c) { Model.SetBackColor(colour, c); };
-  renderer.SetLastBackGroundMesh(Backgrounds.StoredMesh);
+  renderer.Effect().EffectColorChanged = [this, colour](std::int32_t c) { Model.SetBackColor(colour, c); };
+  renderer.Backgrounds().SetLastBackGroundMesh(Backgrounds.StoredMesh);
   // The layout survives the output: a show saved after the stop keeps it.
-  renderer.Ending = [this, &renderer] { Backgrounds.StoredMesh = renderer.LastBackGroundMesh(); };
+  renderer.Ending = [this, &renderer] { Backgrounds.StoredMesh = renderer.Backgrounds().LastBackGroundMesh(); };
   Backgrounds.SendToOutput();
   Effects.Initialize();
 }

@@ -332,10 +332,10 @@ class WindowedProgram final : public OutputHost, public PlaybackHost {
     TextureDesc desc;
     // Outside a frame the output's context must be made current first.
     if (renderer == nullptr || device == nullptr || !display_->BeginFrame() ||
-        !device->GetDesc(renderer->GetEffectTexture(), desc))
+        !device->GetDesc(renderer->Effect().GetEffectTexture(), desc))
       return {};
     QImage picture;
-    device->ReadTexture(renderer->GetEffectTexture(), [&](const std::uint8_t* top, std::ptrdiff_t stride) {
+    device->ReadTexture(renderer->Effect().GetEffectTexture(), [&](const std::uint8_t* top, std::ptrdiff_t stride) {
       picture = FrameToImage(top, stride, desc.Width, desc.Height);
     });
     return picture;

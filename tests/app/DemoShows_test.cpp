@@ -100,11 +100,11 @@ TEST(DemoShows, TheBackgroundDemoFindsItsPicturesBesideTheShowAndPlaysThem) {
   EXPECT_TRUE(session.FinishOutput(error)) << error;
   // Every picture is on the device, the first one shows, and the effect's and mask's pictures are in.
   const FrameRenderer& renderer = session.Renderer();
-  ASSERT_EQ(renderer.BackgroundCount(), 3);
-  for (std::int32_t i = 1; i <= 3; ++i) EXPECT_NE(renderer.GetBackGroundTexture(i), 0u) << i;
-  EXPECT_EQ(renderer.BackgroundIndex(), 1);
-  EXPECT_NE(renderer.GetEffectTexture(), 0u);
-  EXPECT_NE(renderer.MaskTexture(), 0u);
+  ASSERT_EQ(renderer.Backgrounds().BackgroundCount(), 3);
+  for (std::int32_t i = 1; i <= 3; ++i) EXPECT_NE(renderer.Backgrounds().GetBackGroundTexture(i), 0u) << i;
+  EXPECT_EQ(renderer.Backgrounds().BackgroundIndex(), 1);
+  EXPECT_NE(renderer.Effect().GetEffectTexture(), 0u);
+  EXPECT_NE(renderer.Output().MaskTexture(), 0u);
   EXPECT_EQ(err.str(), "");
 }
 

@@ -32,7 +32,7 @@ class FrameLayersTest : public ::testing::Test {
     device = CreateHeadlessDevice(kWidth, kHeight, error);
     ASSERT_NE(device, nullptr) << error;
     ASSERT_TRUE(renderer.Initialize(device.get(), "", error)) << error;
-    renderer.WaitForImages = true;
+    renderer.Pictures().WaitForImages = true;
     ASSERT_TRUE(folder.isValid());
     args.Text.BackBufferWidth = kWidth;
     args.Text.BackBufferHeight = kHeight;
@@ -69,7 +69,7 @@ class FrameLayersTest : public ::testing::Test {
 };
 
 TEST_F(FrameLayersTest, FadesScaleTheTintByTheTimeSinceTheChangeAndTheTimeLeft) {
-  renderer.InitializeBackground(Solid("white.png", 0xFFFFFF), true, 8, 8);
+  renderer.Backgrounds().InitializeBackground(Solid("white.png", 0xFFFFFF), true, 8, 8);
   args.Background.FadeIn = args.Background.FadeOut = true;
   args.Background.TimerInterval = 3000;  // fades of a second each
   Frame();                               // the change
@@ -83,7 +83,7 @@ TEST_F(FrameLayersTest, FadesScaleTheTintByTheTimeSinceTheChangeAndTheTimeLeft) 
   // From 10001 ms on the fade time is held at 3 s, while the fade out still starts a third of the
   // interval before the change: its first part saturates.
   args.Background.TimerInterval = 12000;
-  renderer.InitializeBackground(folder.filePath("white.png").toStdString(), true, 8, 8);
+  renderer.Backgrounds().InitializeBackground(folder.filePath("white.png").toStdString(), true, 8, 8);
   Frame();  // the change
   engine.clock.Advance(8500);
   EXPECT_EQ(Red(Centre()), 255) << "3500 ms left of a 3000 ms fade: above 255, held there";
@@ -93,10 +93,10 @@ TEST_F(FrameLayersTest, FadesScaleTheTintByTheTimeSinceTheChangeAndTheTimeLeft) 
 
 TEST_F(FrameLayersTest, TheTimerTurnsThroughTheVisiblePicturesAndNoneShowsTheClearColour) {
   const std::string red = Solid("red.png", 0xFF0000), blue = Solid("blue.png", 0x0000FF);
-  renderer.InitializeBackground(red, true, 8, 8);
-  renderer.InitializeBackground(blue, false, 8, 8);
-  renderer.InitializeBackground(red, false, 8, 8);  // known: no second texture, the turn starts here
-  EXPECT_EQ(renderer.BackgroundCount(), 2);
+  renderer.Backgrounds().InitializeBackground(red, true, 8, 8);
+  renderer.Backgrounds().InitializeBackground(blue, false, 8, 8);
+  renderer.Backgrounds().InitializeBackground(red, false, 8, 8);  // known: no second texture, the turn starts here
+  EXPECT_EQ(renderer.Backgrounds().BackgroundCount(), 2);
   args.Background.TimerInterval = 100;
   args.ClearColor = ProgramColor(0, 255, 0);
   EXPECT_EQ(Centre(), 0xFF0000u);
@@ -107,15 +107,15 @@ TEST_F(FrameLayersTest, TheTimerTurnsThroughTheVisiblePicturesAndNoneShowsTheCle
   engine.clock.Advance(110);
   EXPECT_EQ(Centre(), 0xFF0000u) << "round again";
 
-  renderer.InitializeBackground({}, true, 0, 0);  // every picture hidden
+  renderer.Backgrounds().InitializeBackground({}, true, 0, 0);  // every picture hidden
   engine.clock.Advance(110);
   EXPECT_EQ(Centre(), 0x00FF00u);
-  EXPECT_EQ(renderer.BackgroundIndex(), 0);
+  EXPECT_EQ(renderer.Backgrounds().BackgroundIndex(), 0);
 }
 
 TEST_F(FrameLayersTest, TilesRepeatThePictureAndAPictureThatWillNotLoadShowsTheTint) {
   // Left half red, right half blue: each tile is one red and one blue run across a row.
-  renderer.InitializeBackground(Picture("halves.png", 8, 8, [](int x, int) { return x < 4 ? 0xFF0000u : 0x0000FFu; }),
+  renderer.Backgrounds().InitializeBackground(Picture("halves.png", 8, 8, [](int x, int) { return x < 4 ? 0xFF0000u : 0x0000FFu; }),
                                true, 8, 8);
   args.Background.TileX = 3;
   const std::vector<std::uint8_t> rgba = Frame();
@@ -128,7 +128,7 @@ TEST_F(FrameLayersTest, TilesRepeatThePictureAndAPictureThatWillNotLoadShowsTheT
   }
   EXPECT_EQ(runs, 6);
 
-  renderer.InitializeBackground(folder.filePath("missing.png").toStdString(), true, 8, 8);
+  renderer.Backgrounds().InitializeBackground(folder.filePath("missing.png").toStdString(), true, 8, 8);
   args.Background.FilterColor = ProgramColor(0, 0, 200);
   EXPECT_EQ(Centre(), 0x0000C8u);
 }
@@ -200,7 +200,7 @@ TEST_F(FrameLayersTest, EachBlendPairOfTheEffectOverThePicture) {
 
 TEST_F(FrameLayersTest, TheEffectColourDriftsOnItsTimerAndHoldKeepsTheLayout) {
   std::vector<std::int32_t> drift;
-  renderer.EffectColorChanged = [&drift](std::int32_t c) { drift.push_back(c); };
+  renderer.Effect().EffectColorChanged = [&drift](std::int32_t c) { drift.push_back(c); };
   args.Effect.Enabled = true;
   args.Effect.Color = ProgramColor(128, 128, 128);
   args.Effect.ColorRandom = 100;
@@ -238,7 +238,7 @@ TEST_F(FrameLayersTest, OutputStageInvertMaskAndFade) {
   args.Fade = 255;
 
   // A mask of another size is scaled over the whole output: its left half black.
-  renderer.CreateMaskTexture(Picture("mask.png", 10, 6, [](int x, int) { return x < 5 ? 0u : 0xFFFFFFu; }));
+  renderer.Output().CreateMaskTexture(Picture("mask.png", 10, 6, [](int x, int) { return x < 5 ? 0u : 0xFFFFFFu; }));
   args.MaskEnabled = true;
   const std::vector<std::uint8_t> masked = Frame();
   EXPECT_EQ(test::Pixel(masked, kWidth, kWidth / 4, kHeight / 2), 0u);
@@ -246,7 +246,7 @@ TEST_F(FrameLayersTest, OutputStageInvertMaskAndFade) {
   args.Fade = 128;  // folded into the mask's draw: the same product
   EXPECT_NEAR(Red(test::Pixel(Frame(), kWidth, kWidth * 3 / 4, kHeight / 2)), 128, 1);
   args.Fade = 255;
-  renderer.CreateMaskTexture(folder.filePath("no-mask.png").toStdString());
+  renderer.Output().CreateMaskTexture(folder.filePath("no-mask.png").toStdString());
   EXPECT_EQ(Centre(), 0xFFFFFFu) << "a mask that will not load multiplies with white";
 }
 
@@ -266,9 +266,9 @@ class OutputPassTest : public FrameLayersTest {
   // the frame made by the rectangles.
   int OnePassAgainstRectangles() {
     Frame();  // any new layout is made here, and both frames below keep it
-    renderer.FinishInOnePass = true;
+    renderer.Output().FinishInOnePass = true;
     const std::vector<std::uint8_t> one = Frame();
-    renderer.FinishInOnePass = false;
+    renderer.Output().FinishInOnePass = false;
     const std::vector<std::uint8_t> drawn = Frame();
     int most = 0;
     for (std::size_t i = 0; i < one.size(); ++i)
@@ -281,10 +281,10 @@ TEST_F(OutputPassTest, TheOnePassMakesThePictureTheRectanglesMake) {
   ASSERT_TRUE(device->FinishOutput({})) << "the compute pass is offered here";
   // Every level of each channel under the passes, and a mask of another size stretched over it,
   // point-sampled as the frame leaves the stage.
-  renderer.InitializeBackground(Picture("ramp.png", 256, 4, [](int x, int y) {
+  renderer.Backgrounds().InitializeBackground(Picture("ramp.png", 256, 4, [](int x, int y) {
     return static_cast<std::uint32_t>(x << 16 | (255 - x) << 8 | ((x * (y + 1) * 37) & 0xFF));
   }), true, 256, 4);
-  renderer.CreateMaskTexture(Picture("mask-ramp.png", 37, 11, [](int x, int y) {
+  renderer.Output().CreateMaskTexture(Picture("mask-ramp.png", 37, 11, [](int x, int y) {
     return static_cast<std::uint32_t>((x * 7) << 16 | (y * 23) << 8 | ((x + y) * 5));
   }));
   const std::vector<std::uint8_t> plain = Frame();
@@ -300,19 +300,19 @@ TEST_F(OutputPassTest, TheOnePassMakesThePictureTheRectanglesMake) {
     EXPECT_LE(OnePassAgainstRectangles(), 1) << "invert " << c.invert << ", mask " << c.mask << ", fade " << c.fade;
     EXPECT_NE(Frame(), plain) << "the passes changed the picture";
   }
-  renderer.CreateMaskTexture(folder.filePath("no-mask.png").toStdString());
+  renderer.Output().CreateMaskTexture(folder.filePath("no-mask.png").toStdString());
   args.Invert = false;
   args.Fade = 200;
   EXPECT_LE(OnePassAgainstRectangles(), 1) << "a mask that will not load multiplies with white both ways";
 }
 
 TEST_F(OutputPassTest, TheEffectsRectangleJoinsThePass) {
-  renderer.InitializeBackground(Picture("ramp.png", 256, 4, [](int x, int) {
+  renderer.Backgrounds().InitializeBackground(Picture("ramp.png", 256, 4, [](int x, int) {
     return static_cast<std::uint32_t>(x << 16 | (255 - x) << 8 | 0x80);
   }), true, 256, 4);
   // A picture of another size, tiled twice across rectangles laid out at random, some smaller
   // and some larger than the output, with fractional edges.
-  renderer.SetEffectTexture(Picture("effect.png", 24, 16, [](int x, int y) {
+  renderer.Effect().SetEffectTexture(Picture("effect.png", 24, 16, [](int x, int y) {
     return static_cast<std::uint32_t>((x * 10) << 16 | (y * 15) << 8 | 0x40);
   }));
   args.Effect.Enabled = true;
@@ -333,7 +333,7 @@ TEST_F(OutputPassTest, TheEffectsRectangleJoinsThePass) {
       EXPECT_LE(OnePassAgainstRectangles(), 2) << source << " over " << target << ", layout " << layout;
     }
   }
-  renderer.ResetEffectTexture();
+  renderer.Effect().ResetEffectTexture();
   EXPECT_LE(OnePassAgainstRectangles(), 2) << "without a picture, the colour alone";
 }
 
@@ -392,11 +392,11 @@ TEST_F(FrameLayersTest, TheFeedbackCopyRunsAtItsRate) {
 }
 
 TEST_F(FrameLayersTest, APictureComingInSlicesLeavesTheLastOneOnShow) {
-  renderer.InitializeBackground(Solid("red.png", 0xFF0000), true, 8, 8);
+  renderer.Backgrounds().InitializeBackground(Solid("red.png", 0xFF0000), true, 8, 8);
   EXPECT_EQ(Centre(), 0xFF0000u);
-  renderer.WaitForImages = false;
-  renderer.UploadPixelsPerFrame = 64 * 16;  // a 64 x 64 picture takes four frames
-  renderer.InitializeBackground(Solid("blue.png", 0x0000FF), true, 64, 64);
+  renderer.Pictures().WaitForImages = false;
+  renderer.Pictures().UploadPixelsPerFrame = 64 * 16;  // a 64 x 64 picture takes four frames
+  renderer.Backgrounds().InitializeBackground(Solid("blue.png", 0x0000FF), true, 64, 64);
   int frames = 0;
   std::uint32_t shown = 0xFF0000u;
   while (shown == 0xFF0000u && frames < 500) {
@@ -411,7 +411,7 @@ TEST_F(FrameLayersTest, APictureComingInSlicesLeavesTheLastOneOnShow) {
   args.Effect.Enabled = true;
   args.Effect.SourceBlend = Blend::One;  // the effect alone
   args.Effect.TargetBlend = Blend::Zero;
-  renderer.SetEffectTexture(Solid("green.png", 0x00FF00));
+  renderer.Effect().SetEffectTexture(Solid("green.png", 0x00FF00));
   shown = Centre();
   EXPECT_EQ(shown, 0x0000FFu);
   for (frames = 0; shown == 0x0000FFu && frames < 500; ++frames) shown = Centre();
@@ -423,17 +423,17 @@ TEST_F(FrameLayersTest, TheFinishedPictureGoesToABitmapAndToATexture) {
   Frame();
   const std::string path = folder.filePath("out.bmp").toStdString();
   std::string error;
-  ASSERT_TRUE(renderer.RenderToFile(path, error)) << error;
+  ASSERT_TRUE(renderer.Output().RenderToFile(path, error)) << error;
   const QImage written(QString::fromStdString(path), "BMP");
   ASSERT_EQ(written.size(), QSize(kWidth, kHeight));
   EXPECT_EQ(written.pixel(3, kHeight - 2) & 0xFFFFFFu, 0xC86432u) << "rows bottom first, BGR";
-  EXPECT_FALSE(renderer.RenderToFile(folder.filePath("no/such/folder/out.bmp").toStdString(), error));
+  EXPECT_FALSE(renderer.Output().RenderToFile(folder.filePath("no/such/folder/out.bmp").toStdString(), error));
   EXPECT_FALSE(error.empty());
 
   float rx = 0, ry = 0;
-  const TextureId texture = renderer.GetCurrentOutputTexture(rx, ry);
+  const TextureId texture = renderer.Output().GetCurrentOutputTexture(rx, ry);
   ASSERT_NE(texture, 0u);
-  EXPECT_EQ(renderer.GetCurrentOutputTexture(rx, ry), texture) << "one texture, refilled";
+  EXPECT_EQ(renderer.Output().GetCurrentOutputTexture(rx, ry), texture) << "one texture, refilled";
   EXPECT_FLOAT_EQ(rx, 1.0f);
   EXPECT_FLOAT_EQ(ry, 1.0f);
   std::uint32_t corner = 0;
@@ -446,12 +446,12 @@ TEST_F(FrameLayersTest, TheFinishedPictureGoesToABitmapAndToATexture) {
 TEST_F(FrameLayersTest, ThePresetOverlayFadesOverItsFrames) {
   args.ClearColor = ProgramColor(255, 255, 255);
   Frame();
-  renderer.InitializeMachineStateOverlay(0);
+  renderer.Output().InitializeMachineStateOverlay(0);
   args.ClearColor = ProgramColor(0, 0, 100);
   EXPECT_EQ(Centre(), 0x000064u) << "an overlay of 0 frames draws nothing";
   args.ClearColor = ProgramColor(255, 255, 255);
   Frame();
-  renderer.InitializeMachineStateOverlay(4);
+  renderer.Output().InitializeMachineStateOverlay(4);
   args.ClearColor = 0;
   // The old white times its share, blended with itself (SRC_COLOR), over black (the destination
   // times itself stays black): grey g of 255 shows g x g / 255.

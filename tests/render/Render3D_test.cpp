@@ -154,7 +154,7 @@ TEST_F(Render3DTest, RotationWaveAndScaleRunAsTheTextSays) {
   Text(1).Particle.Particles.assign(1, ParticleState{});
   Text(1).Particle.Particles[0].Size = 100;
   const auto rgba = Frame();
-  EXPECT_EQ(renderer.TextBoxRecord(1)->ScaleX, 0.0f);
+  EXPECT_EQ(renderer.TextBoxes().TextBoxRecord(1)->ScaleX, 0.0f);
   EXPECT_EQ(Find(rgba, kRed).count, 0);
 }
 
@@ -168,20 +168,20 @@ TEST_F(Render3DTest, RecordsFollowTheTextsAtPowerOfTwoSizes) {
     Text(i).Bottom = Text(i).Top + s[0];
   }
   Frame();
-  ASSERT_EQ(renderer.TextBoxCount(), 7);
+  ASSERT_EQ(renderer.TextBoxes().TextBoxCount(), 7);
   std::vector<TextureId> textures;
   for (std::int32_t i = 1; i <= 7; ++i) {
-    const TextBox* box = renderer.TextBoxRecord(i);
+    const TextBox* box = renderer.TextBoxes().TextBoxRecord(i);
     EXPECT_EQ(box->Width, sizes[i - 1][1]) << i;
     EXPECT_EQ(box->Height, sizes[i - 1][1]) << i;
     EXPECT_NE(box->Texture, 0u);
     textures.push_back(box->Texture);
   }
-  renderer.TextBoxRemove(2);
-  renderer.TextFrameZOrder(5, true);   // the old 6th to the first place
-  renderer.TextFrameZOrder(2, false);  // the old 1st to the last
+  renderer.TextBoxes().TextBoxRemove(2);
+  renderer.TextBoxes().TextFrameZOrder(5, true);   // the old 6th to the first place
+  renderer.TextBoxes().TextFrameZOrder(2, false);  // the old 1st to the last
   std::vector<TextureId> now;
-  for (std::int32_t i = 1; i <= renderer.TextBoxCount(); ++i) now.push_back(renderer.TextBoxRecord(i)->Texture);
+  for (std::int32_t i = 1; i <= renderer.TextBoxes().TextBoxCount(); ++i) now.push_back(renderer.TextBoxes().TextBoxRecord(i)->Texture);
   EXPECT_EQ(now, (std::vector<TextureId>{textures[5], textures[2], textures[3], textures[4], textures[6], textures[0]}));
 }
 
@@ -200,24 +200,24 @@ TEST_F(Render3DTest, APictureKeysOutItsBlackAndIsShared) {
   Frame();
   TextObject settings = Text(1);
   settings.TextBoxTextureFileName = path;
-  renderer.TextBoxSetTexture(1, settings, true, true);
+  renderer.TextBoxes().TextBoxSetTexture(1, settings, true, true);
   Text(1).TextBoxTextureFileName = Text(2).TextBoxTextureFileName = path;
-  const TextureId shared = renderer.TextBoxRecord(1)->Texture;
+  const TextureId shared = renderer.TextBoxes().TextBoxRecord(1)->Texture;
   ASSERT_NE(shared, 0u);
-  EXPECT_EQ(renderer.TextBoxRecord(2)->Texture, shared);
+  EXPECT_EQ(renderer.TextBoxes().TextBoxRecord(2)->Texture, shared);
   const auto rgba = Frame();
-  EXPECT_EQ(renderer.TextBoxRecord(1)->Texture, shared);  // the frame keeps what was loaded
+  EXPECT_EQ(renderer.TextBoxes().TextBoxRecord(1)->Texture, shared);  // the frame keeps what was loaded
   EXPECT_EQ(Find(rgba, kRed).count, 0);                  // no string background
   EXPECT_GT(Find(rgba, kWhite).count, 20);
   EXPECT_EQ(test::Pixel(rgba, kWidth, 150, 90), 0x00FF00u);  // black keyed out: the frame shows through
 
   Text(2).TextBoxTextureFileName = dir.path().toStdString() + "\\missing.png";
   Frame();
-  EXPECT_EQ(renderer.TextBoxRecord(2)->Texture, 0u);
-  EXPECT_EQ(renderer.TextBoxRecord(1)->Texture, shared);
+  EXPECT_EQ(renderer.TextBoxes().TextBoxRecord(2)->Texture, 0u);
+  EXPECT_EQ(renderer.TextBoxes().TextBoxRecord(1)->Texture, shared);
   Text(2).TextBoxTextureFileName.clear();  // back to the string
   EXPECT_GT(Find(Frame(), kRed).count, 100);
-  EXPECT_NE(renderer.TextBoxRecord(2)->Texture, 0u);
+  EXPECT_NE(renderer.TextBoxes().TextBoxRecord(2)->Texture, 0u);
 }
 
 // An extruded "O": its front lit by the text's light (red squared, times N.L of 0.707) with its
@@ -242,17 +242,17 @@ TEST_F(Render3DTest, AnExtrudedTextIsLitHollowAndBuiltOnlyOnChange) {
   for (int y = 0; y < kHeight; ++y)
     if (test::Pixel(rgba, kWidth, 160, y) != kBlack) top = std::min(top, y), bottom = std::max(bottom, y);
   EXPECT_NEAR(bottom - top + 1, 0.75 * 75 / 50 * 90 / 2.7, 4);
-  const MeshId* built = renderer.TextBoxRecord(1)->TextMesh.get();
+  const MeshId* built = renderer.TextBoxes().TextBoxRecord(1)->TextMesh.get();
   ASSERT_NE(built, nullptr);
   Frame();
-  EXPECT_EQ(renderer.TextBoxRecord(1)->TextMesh.get(), built);
+  EXPECT_EQ(renderer.TextBoxes().TextBoxRecord(1)->TextMesh.get(), built);
   Text(1).CurrentText = "8";
   rgba = Frame();
-  EXPECT_NE(renderer.TextBoxRecord(1)->TextMesh.get(), built);
+  EXPECT_NE(renderer.TextBoxes().TextBoxRecord(1)->TextMesh.get(), built);
   EXPECT_GT(Find(rgba, 0xB40000).count, 300);
   Text(1).Extrude3D = 0;  // back on its box: the mesh goes
   Frame();
-  EXPECT_EQ(renderer.TextBoxRecord(1)->TextMesh, nullptr);
+  EXPECT_EQ(renderer.TextBoxes().TextBoxRecord(1)->TextMesh, nullptr);
 }
 
 // A "Custom" model read off the frame's thread: its info goes to the text, it is drawn centred on
@@ -272,7 +272,7 @@ TEST_F(Render3DTest, ACustomModelIsCentredAndABrokenOneReportsWhy) {
   AddText("A", 240, 135, 64, 64, "Custom");
   Text(1).Mesh3DFileName = cube;
   Text(1).Color = 0x0000FF;
-  renderer.WaitForModels = true;
+  renderer.TextBoxes().WaitForModels = true;
   auto rgba = Frame();
   EXPECT_NE(Text(1).Mesh3DInfo.find("\r\nF: 12\r\nV: "), std::string::npos) << Text(1).Mesh3DInfo;
   const std::uint32_t centre = test::Pixel(rgba, kWidth, 160, 90);

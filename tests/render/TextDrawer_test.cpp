@@ -148,7 +148,7 @@ TEST(FrameRenderer, DrawsVisibleTextCharacterByCharacter) {
   ASSERT_TRUE(renderer.Initialize(device.get(), "", error)) << error;
   device->BeginScene();
   device->Clear(0xFF000000);
-  const float height = renderer.RenderVisibleText(kSans, 20, 0xFF00FF00, "MM\r\nMM", TextRect{10, 5, 10, 5}, kTextNoClip);
+  const float height = renderer.FlatTexts().RenderVisibleText(kSans, 20, 0xFF00FF00, "MM\r\nMM", TextRect{10, 5, 10, 5}, kTextNoClip);
   device->EndScene();
   std::vector<std::uint8_t> rgba;
   ASSERT_TRUE(device->ReadBackNow(rgba));

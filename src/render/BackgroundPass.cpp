@@ -1,5 +1,5 @@
-// The background layer: the output's picture list, the timer with its fades and changes, the
-// rectangle's draw and the feedback loop.
+#include "render/BackgroundPass.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -7,7 +7,6 @@
 #include "core/EngineContext.h"
 #include "core/Numbers.h"
 #include "core/TextEngine.h"
-#include "render/FrameRenderer.h"
 
 namespace lumivane {
 
@@ -34,8 +33,8 @@ int TextureSide(int side, int limit) {
 
 }  // namespace
 
-void FrameRenderer::InitializeBackground(const std::string& file, bool hideAll, std::int32_t width,
-                                      std::int32_t height) {
+void BackgroundPass::InitializeBackground(const std::string& file, bool hideAll, std::int32_t width,
+                                          std::int32_t height) {
   if (hideAll)
     for (BackgroundTexture& b : backgrounds_) b.Visible = false;
   if (file.empty()) return;
@@ -44,12 +43,11 @@ void FrameRenderer::InitializeBackground(const std::string& file, bool hideAll, 
   if (found == backgrounds_.size()) {
     BackgroundTexture record;
     record.FileName = file;
-    if (device_ != nullptr) {
-      const int limit = std::max(std::min(device_->Caps().MaxTextureWidth, 2048), 2);
-      const int w = TextureSide(width > 0 ? width : device_->BackBufferWidth(), limit);
-      const int h = TextureSide(height > 0 ? height : device_->BackBufferHeight(), limit);
-      if (!images_) images_ = std::make_unique<ImageLoader>();
-      record.Loading = images_->Request(file, w, h, TextureFormat::X8R8G8B8, ImageFilter::Point, 0);
+    if (RenderDevice* d = context_.device) {
+      const int limit = std::max(std::min(d->Caps().MaxTextureWidth, 2048), 2);
+      const int w = TextureSide(width > 0 ? width : d->BackBufferWidth(), limit);
+      const int h = TextureSide(height > 0 ? height : d->BackBufferHeight(), limit);
+      record.Loading = pictures_.Request(file, w, h, TextureFormat::X8R8G8B8, ImageFilter::Point, 0);
     }
     backgrounds_.push_back(std::move(record));
   }
@@ -60,12 +58,12 @@ void FrameRenderer::InitializeBackground(const std::string& file, bool hideAll, 
   record.Height = height;
   record.Visible = true;
   backgroundChangeRequested_ = true;
-  if (WaitForImages) FinishImages();
+  pictures_.CatchUp();
 }
 
-void FrameRenderer::ResetBackGrounds() {
+void BackgroundPass::ResetBackGrounds() {
   for (BackgroundTexture& b : backgrounds_)
-    ReleaseLater(b.Texture);
+    pictures_.ReleaseLater(b.Texture);
   // A feedback loop that started from one of them goes on from its own copy.
   for (const BackgroundTexture& b : backgrounds_)
     if (b.Texture != 0 && feedbackTexture_ == b.Texture) feedbackTexture_ = feedbackTarget_;
@@ -74,12 +72,12 @@ void FrameRenderer::ResetBackGrounds() {
   lastDrawnBackground_ = 0;
 }
 
-TextureId FrameRenderer::GetBackGroundTexture(std::int32_t index) const {
+TextureId BackgroundPass::GetBackGroundTexture(std::int32_t index) const {
   const BackgroundTexture* b = Background(index);
   return b != nullptr ? b->Texture : 0;
 }
 
-void FrameRenderer::ComputeBackGroundFeedBackFactor(std::int32_t index) {
+void BackgroundPass::ComputeBackGroundFeedBackFactor(std::int32_t index) {
   // The real size is read, and yet both factors are 1 whatever it is: a texture extent of 1 spans
   // the whole picture however its texture was padded.
   if (index < 1 || index > BackgroundCount()) return;
@@ -87,7 +85,7 @@ void FrameRenderer::ComputeBackGroundFeedBackFactor(std::int32_t index) {
   b.DUFeedBackFactor = b.DVFeedBackFactor = 1.0f;
 }
 
-BackGroundMeshArguments FrameRenderer::MeshArguments(const FrameArguments& args, bool hold, bool fadeIn) const {
+BackGroundMeshArguments BackgroundPass::MeshArguments(const FrameArguments& args, bool hold, bool fadeIn) const {
   const BackgroundArguments& b = args.Background;
   BackGroundMeshArguments m;
   static_cast<LayerPlacement&>(m) = b;
@@ -104,22 +102,35 @@ BackGroundMeshArguments FrameRenderer::MeshArguments(const FrameArguments& args,
     m.ImageWidth = shown->Width;
     m.ImageHeight = shown->Height;
   }
-  m.BackBufferWidth = BackBufferWidth();
-  m.BackBufferHeight = BackBufferHeight();
+  m.BackBufferWidth = context_.Width();
+  m.BackBufferHeight = context_.Height();
   return m;
 }
 
-void FrameRenderer::BuildBackGroundMesh(const FrameArguments& args, bool hold, bool fadeIn) {
+void BackgroundPass::BuildBackGroundMesh(const FrameArguments& args, bool hold, bool fadeIn) {
   if (!hold && !args.Background.HoldTimer && backgroundIndex_ != 0) ComputeBackGroundFeedBackFactor(backgroundIndex_);
-  lumivane::BuildBackGroundMesh(MeshArguments(args, hold, fadeIn), text_.Context().random, lastMesh_,
+  lumivane::BuildBackGroundMesh(MeshArguments(args, hold, fadeIn), context_.text.Context().random, lastMesh_,
                                 backgroundVertices_);
 }
 
-void FrameRenderer::BackgroundStep(const FrameArguments& args, Tick now, bool& changed) {
+void BackgroundPass::Draw(const FrameArguments& args, Tick now) {
+  if (context_.device == nullptr) return;
+  Step(args, now);
+  if (args.Background.Feedback) {
+    RenderBackground(FeedbackTexture());
+  } else if (backgroundIndex_ > 0) {
+    const BackgroundTexture& b = backgrounds_[static_cast<std::size_t>(backgroundIndex_ - 1)];
+    if (b.Texture != 0) lastDrawnBackground_ = b.Texture;
+    // A picture still coming in: the last one stays, or the clear colour when there was none.
+    if (b.Texture != 0 || b.Loading == 0) RenderBackground(b.Texture);
+    else if (lastDrawnBackground_ != 0) RenderBackground(lastDrawnBackground_);
+  }
+}
+
+void BackgroundPass::Step(const FrameArguments& args, Tick now) {
   const BackgroundArguments& b = args.Background;
   const double elapsed = TicksSince(now, lastBackgroundTick_);
-  const double interval = static_cast<double>(text_.Context().TimeScale) * b.TimerInterval;
-  changed = false;
+  const double interval = static_cast<double>(context_.text.Context().TimeScale) * b.TimerInterval;
   if (interval >= elapsed && !backgroundChangeRequested_) {
     // The fades scale the tint by the time since the change and the time left; the window of the
     // fade out is a third of the interval even where the fade time is held at 3 s.
@@ -145,12 +156,11 @@ void FrameRenderer::BackgroundStep(const FrameArguments& args, Tick now, bool& c
       RenderOutputToBackGround();
     }
     lastBackgroundTick_ = now;
-    changed = true;
   }
 }
 
-void FrameRenderer::RenderBackground(TextureId texture) {
-  RenderDevice* d = device_;
+void BackgroundPass::RenderBackground(TextureId texture) {
+  RenderDevice* d = context_.device;
   if (d == nullptr) return;
   d->SetTransform(TransformState::World, Matrix::Identity());
   d->SetRenderState(RenderState::CULLMODE, CullMode::None);
@@ -167,35 +177,45 @@ void FrameRenderer::RenderBackground(TextureId texture) {
   d->SetTextureStageState(TextureStageState::MINFILTER, min);
 }
 
-void FrameRenderer::RenderOutputToBackGround() {
-  if (device_ == nullptr) return;
-  const TextureId target = BackBufferTexture(feedbackTarget_);
+bool BackgroundPass::FeedbackCopyDue(const FrameArguments& args, Tick now) const {
+  if (!args.Background.Feedback) return false;
+  const std::int32_t rate = args.FeedbackRate;
+  // A rate of 0 copies once, the first time, and never again.
+  return rate >= 1 ? static_cast<double>(TicksSince(now, lastFeedbackTick_)) >
+                         (1000.0 / rate) * static_cast<double>(context_.text.Context().TimeScale)
+                   : !feedbackCopied_;
+}
+
+void BackgroundPass::FeedbackCopy(const FrameArguments& args, Tick now) {
+  if (!FeedbackCopyDue(args, now)) return;
+  lastFeedbackTick_ = now;
+  feedbackCopied_ = true;
+  RenderOutputToBackGround();
+}
+
+void BackgroundPass::RenderOutputToBackGround() {
+  if (context_.device == nullptr) return;
+  const TextureId target = context_.BackBufferTexture(feedbackTarget_);
   if (target == 0) return;
   feedbackTexture_ = target;
-  device_->CopyBackBufferToTexture(target, 0, 0, BackBufferWidth(), BackBufferHeight(), 0, 0);
+  context_.device->CopyBackBufferToTexture(target, 0, 0, context_.Width(), context_.Height(), 0, 0);
 }
 
-TextureId FrameRenderer::BackBufferTexture(TextureId& slot) {
-  if (slot == 0 && device_ != nullptr)
-    slot = device_->CreateTexture(BackBufferWidth(), BackBufferHeight(), TextureFormat::X8R8G8B8, true, true);
-  return slot;
-}
-
-TextureId FrameRenderer::FeedbackTexture() {
-  if (feedbackTexture_ != 0 || device_ == nullptr) return feedbackTexture_;
+TextureId BackgroundPass::FeedbackTexture() {
+  if (feedbackTexture_ != 0 || context_.device == nullptr) return feedbackTexture_;
   if (feedbackTarget_ == 0) {
     // The missing-image tile stretched over a back-buffer-sized target, made when first asked for
     // (a show without feedback never needs it), outside any scene. A folder without the tile
     // still plays: grey stands in.
-    RenderDevice& d = *device_;
-    if (BackBufferTexture(feedbackTarget_) == 0) return 0;
-    const TextureId tile = d.CreateTextureFromFileEx(applicationFolder_ + "/NoTexture.bmp", 0, 0,
+    RenderDevice& d = *context_.device;
+    if (context_.BackBufferTexture(feedbackTarget_) == 0) return 0;
+    const TextureId tile = d.CreateTextureFromFileEx(context_.applicationFolder + "/NoTexture.bmp", 0, 0,
                                                      TextureFormat::X8R8G8B8, ImageFilter::Point, 0);
     if (d.BeginRenderToTexture(feedbackTarget_)) {
       d.BeginScene();
       d.Clear(0xFF404040u, true);
       if (tile != 0) {
-        const float w = static_cast<float>(BackBufferWidth()), h = static_cast<float>(BackBufferHeight());
+        const float w = static_cast<float>(context_.Width()), h = static_cast<float>(context_.Height());
         const TLVERTEX quad[4] = {{0, 0, 0, 1, 0xFFFFFFFFu, 0, 0, 0}, {w, 0, 0, 1, 0xFFFFFFFFu, 0, 1, 0},
                                   {0, h, 0, 1, 0xFFFFFFFFu, 0, 0, 1}, {w, h, 0, 1, 0xFFFFFFFFu, 0, 1, 1}};
         d.SetRenderState(RenderState::ALPHABLENDENABLE, 0);
@@ -210,6 +230,23 @@ TextureId FrameRenderer::FeedbackTexture() {
   }
   feedbackTexture_ = feedbackTarget_;
   return feedbackTexture_;
+}
+
+bool BackgroundPass::PictureArrived(std::uint64_t ticket, TextureId texture) {
+  for (BackgroundTexture& b : backgrounds_) {
+    if (b.Loading != ticket) continue;
+    b.Loading = 0;
+    b.Texture = texture;  // none for a picture that would not load: the rectangle shows the tint
+    return true;
+  }
+  return false;
+}
+
+void BackgroundPass::Release() {
+  ResetBackGrounds();
+  context_.Release(feedbackTarget_);
+  feedbackTexture_ = 0;
+  backgroundChangeRequested_ = false;
 }
 
 }  // namespace lumivane

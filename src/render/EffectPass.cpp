@@ -1,9 +1,8 @@
-// The effect layer: one textured rectangle blended over the composed picture, its picture from a
-// file or a capture of the output, laid out anew at random on its own timer.
+#include "render/EffectPass.h"
+
 #include "core/Color.h"
 #include "core/EngineContext.h"
 #include "core/TextEngine.h"
-#include "render/FrameRenderer.h"
 
 namespace lumivane {
 
@@ -17,40 +16,51 @@ std::int32_t ProgramColorOf(std::uint32_t device) {
 
 }  // namespace
 
-void FrameRenderer::SetEffectTexture(const std::string& file) {
-  RenderDevice* d = device_;
+void EffectPass::SetEffectTexture(const std::string& file) {
+  RenderDevice* d = context_.device;
   if (d == nullptr) return;
+  const int width = context_.Width(), height = context_.Height();
   if (!file.empty()) {
     // The last picture stays on until the new one is in.
     effectFileName_ = file;
-    if (!images_) images_ = std::make_unique<ImageLoader>();
-    effectLoading_ = images_->Request(file, BackBufferWidth(), BackBufferHeight(), TextureFormat::X8R8G8B8,
-                                      ImageFilter::Point, 0);
-    if (WaitForImages) FinishImages();
+    effectLoading_ = pictures_.Request(file, width, height, TextureFormat::X8R8G8B8, ImageFilter::Point, 0);
+    pictures_.CatchUp();
     return;
   }
   // A capture of the back buffer as it stands, one device copy.
   effectFileName_.clear();
   effectLoading_ = 0;
-  effectTexture_ = BackBufferTexture(effectCapture_);
+  effectTexture_ = context_.BackBufferTexture(effectCapture_);
   if (effectTexture_ == 0) return;
-  d->CopyBackBufferToTexture(effectTexture_, 0, 0, BackBufferWidth(), BackBufferHeight(), 0, 0);
-  effectTextureWidth_ = BackBufferWidth();
-  effectTextureHeight_ = BackBufferHeight();
+  d->CopyBackBufferToTexture(effectTexture_, 0, 0, width, height, 0, 0);
+  effectTextureWidth_ = width;
+  effectTextureHeight_ = height;
 }
 
-void FrameRenderer::ResetEffectTexture() {
+void EffectPass::ResetEffectTexture() {
   effectTexture_ = 0;
   effectLoading_ = 0;
   effectFileName_.clear();
-  ReleaseLater(effectFile_);
+  pictures_.ReleaseLater(effectFile_);
   effectFile_ = 0;
 }
 
-bool FrameRenderer::LayOutEffect(const EffectArguments& e, Tick now) {
-  if (device_ == nullptr) return false;
+bool EffectPass::Run(const EffectArguments& e, Tick now, bool drawNow) {
+  if (!e.Enabled || context_.device == nullptr) return false;
+  if (e.Capture &&
+      static_cast<double>(context_.text.Context().TimeScale) * e.Timer < TicksSince(now, lastEffectCaptureTick_)) {
+    SetEffectTexture({});
+    lastEffectCaptureTick_ = now;
+  }
+  if (!LayOut(e, now)) return false;
+  if (!drawNow) return true;
+  Draw(e);
+  return false;
+}
+
+bool EffectPass::LayOut(const EffectArguments& e, Tick now) {
   const double elapsed = TicksSince(now, lastEffectTick_);
-  const bool relayout = !(static_cast<double>(text_.Context().TimeScale) * e.Timer >= elapsed) && !e.HoldTimer;
+  const bool relayout = !(static_cast<double>(context_.text.Context().TimeScale) * e.Timer >= elapsed) && !e.HoldTimer;
   BackGroundMeshArguments m;
   if (relayout) {
     m.ComputeAspectRatio = e.ComputeAspectRatio;
@@ -67,9 +77,9 @@ bool FrameRenderer::LayOutEffect(const EffectArguments& e, Tick now) {
     m.Hold = true;
     effectMesh_.RenderElementColor = ToDeviceColor(e.Color);
   }
-  m.BackBufferWidth = BackBufferWidth();
-  m.BackBufferHeight = BackBufferHeight();
-  lumivane::BuildBackGroundMesh(m, text_.Context().random, effectMesh_, effectVertices_);
+  m.BackBufferWidth = context_.Width();
+  m.BackBufferHeight = context_.Height();
+  lumivane::BuildBackGroundMesh(m, context_.text.Context().random, effectMesh_, effectVertices_);
   if (relayout) {
     lastEffectTick_ = now;
     if (EffectColorChanged) EffectColorChanged(ProgramColorOf(effectMesh_.RenderElementColor));
@@ -80,8 +90,8 @@ bool FrameRenderer::LayOutEffect(const EffectArguments& e, Tick now) {
   return !(effectTexture_ == 0 && effectLoading_ != 0);
 }
 
-void FrameRenderer::DrawEffect(const EffectArguments& e) {
-  RenderDevice* d = device_;
+void EffectPass::Draw(const EffectArguments& e) {
+  RenderDevice* d = context_.device;
   if (d == nullptr) return;
   d->BeginScene();
   d->SetRenderState(RenderState::CULLMODE, CullMode::None);
@@ -95,6 +105,34 @@ void FrameRenderer::DrawEffect(const EffectArguments& e) {
   d->SetRenderState(RenderState::ALPHABLENDENABLE, 0);
   d->SetTexture(0);
   d->EndScene();
+}
+
+RenderDevice::BlendedRectangle EffectPass::Rectangle(const EffectArguments& e) const {
+  // The layout's corners: the first vertex is the top left, the fifth the bottom right.
+  const TLVERTEX& lt = effectVertices_[0];
+  const TLVERTEX& rb = effectVertices_[4];
+  return {lt.x, lt.y, rb.x, rb.y, rb.tu, rb.tv, effectTexture_, lt.color, static_cast<std::uint32_t>(e.SourceBlend),
+          static_cast<std::uint32_t>(e.TargetBlend)};
+}
+
+bool EffectPass::PictureArrived(std::uint64_t ticket, TextureId texture) {
+  if (ticket != effectLoading_) return false;
+  RenderDevice& d = *context_.device;
+  effectLoading_ = 0;
+  if (effectFile_ != 0) d.ReleaseTexture(effectFile_);
+  effectFile_ = texture;
+  effectTexture_ = texture;
+  TextureDesc desc;
+  if (texture != 0 && d.GetDesc(texture, desc)) {
+    effectTextureWidth_ = desc.Width;
+    effectTextureHeight_ = desc.Height;
+  }
+  return true;
+}
+
+void EffectPass::Release() {
+  ResetEffectTexture();
+  context_.Release(effectCapture_);
 }
 
 }  // namespace lumivane

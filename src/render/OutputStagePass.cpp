@@ -1,5 +1,5 @@
-// The output stage: passes over the finished picture (mask, fade, invert, grey, the preset
-// overlay) and the picture handed on as a texture or a file.
+#include "render/OutputStagePass.h"
+
 #include <QFile>
 #include <QSaveFile>
 
@@ -8,7 +8,7 @@
 #include <cstring>
 
 #include "core/Numbers.h"
-#include "render/FrameRenderer.h"
+#include "render/EffectPass.h"
 
 namespace lumivane {
 
@@ -23,11 +23,11 @@ std::uint32_t Grey(std::int32_t level) {
 
 }  // namespace
 
-void FrameRenderer::DrawOutputRectangle(std::uint32_t color, TextureId texture, std::uint32_t source,
-                                        std::uint32_t destination) {
-  RenderDevice* d = device_;
+void OutputStagePass::DrawOutputRectangle(std::uint32_t color, TextureId texture, std::uint32_t source,
+                                          std::uint32_t destination) {
+  RenderDevice* d = context_.device;
   if (d == nullptr) return;
-  const int w = BackBufferWidth(), h = BackBufferHeight();
+  const int w = context_.Width(), h = context_.Height();
   if (w != outputRectangleWidth_ || h != outputRectangleHeight_) {
     // From just outside one corner to just outside the other, texture 0 to 1.
     const float l = -1, t = -1, r = static_cast<float>(w) + 1, b = static_cast<float>(h) + 1;
@@ -50,52 +50,47 @@ void FrameRenderer::DrawOutputRectangle(std::uint32_t color, TextureId texture, 
   d->SetTexture(0);
 }
 
-void FrameRenderer::CreateMaskTexture(const std::string& file) {
-  if (device_ == nullptr) return;
+void OutputStagePass::CreateMaskTexture(const std::string& file) {
+  if (context_.device == nullptr) return;
   if (file.empty()) {
     maskLoading_ = 0;
-    ReleaseLater(maskTexture_);
+    pictures_.ReleaseLater(maskTexture_);
     maskTexture_ = 0;
     return;
   }
-  if (!images_) images_ = std::make_unique<ImageLoader>();
-  maskLoading_ = images_->Request(file, NextPowerOfTwo(BackBufferWidth()), NextPowerOfTwo(BackBufferHeight()),
-                                  TextureFormat::X8R8G8B8, ImageFilter::Point, 0);
-  if (WaitForImages) FinishImages();
+  maskLoading_ = pictures_.Request(file, NextPowerOfTwo(context_.Width()), NextPowerOfTwo(context_.Height()),
+                                   TextureFormat::X8R8G8B8, ImageFilter::Point, 0);
+  pictures_.CatchUp();
 }
 
 // The picture times the mask picture (without one, times white), and times fade / 255.
-void FrameRenderer::RenderMask(std::int32_t fade) {
-  if (device_ == nullptr) return;
-  device_->SetRenderState(RenderState::CULLMODE, CullMode::None);
+void OutputStagePass::RenderMask(std::int32_t fade) {
+  if (context_.device == nullptr) return;
+  context_.device->SetRenderState(RenderState::CULLMODE, CullMode::None);
   DrawOutputRectangle(Grey(fade), maskTexture_, Blend::Zero, Blend::SrcColor);
 }
 
 // The picture times fade / 255; at 255 that is the picture itself, so nothing is drawn.
-void FrameRenderer::RenderOutputFade(std::int32_t fade) {
+void OutputStagePass::RenderOutputFade(std::int32_t fade) {
   if (fade >= 255) return;
   DrawOutputRectangle(Grey(fade), 0, Blend::Zero, Blend::SrcColor);
 }
 
 // White times (1 - d) plus d times (1 - d): black turns white, white black, and mid grey lighter
 // than a plain inversion would make it.
-void FrameRenderer::RenderInvert() { DrawOutputRectangle(kWhite, 0, Blend::InvDestColor, Blend::InvDestColor); }
+void OutputStagePass::RenderInvert() { DrawOutputRectangle(kWhite, 0, Blend::InvDestColor, Blend::InvDestColor); }
 
-void FrameRenderer::FinishOutput(const EffectArguments* effect, bool invert, bool mask, std::int32_t fade) {
-  RenderDevice* d = device_;
+void OutputStagePass::Finish(EffectPass* effect, const FrameArguments& args) {
+  RenderDevice* d = context_.device;
+  const bool invert = args.Invert, mask = args.MaskEnabled;
+  const std::int32_t fade = args.Fade;
   if (d == nullptr || (effect == nullptr && !invert && !mask && fade >= 255)) return;
   if (FinishInOnePass) {
     RenderDevice::OutputFinish finish{{}, invert, mask, maskTexture_, Grey(fade) & 0xFFFFFFu};
-    if (effect != nullptr) {
-      // The layout's corners: the first vertex is the top left, the fifth the bottom right.
-      const TLVERTEX& lt = effectVertices_[0];
-      const TLVERTEX& rb = effectVertices_[4];
-      finish.Layer = {lt.x, lt.y, rb.x, rb.y, rb.tu, rb.tv, effectTexture_, lt.color,
-                      static_cast<std::uint32_t>(effect->SourceBlend), static_cast<std::uint32_t>(effect->TargetBlend)};
-    }
+    if (effect != nullptr) finish.Layer = effect->Rectangle(args.Effect);
     if (d->FinishOutput(finish)) return;
   }
-  if (effect != nullptr) DrawEffect(*effect);
+  if (effect != nullptr) effect->Draw(args.Effect);
   if (invert) {
     d->BeginScene();
     RenderInvert();
@@ -110,8 +105,8 @@ void FrameRenderer::FinishOutput(const EffectArguments* effect, bool invert, boo
   d->EndScene();
 }
 
-void FrameRenderer::RenderGrayScale() {
-  RenderDevice* d = device_;
+void OutputStagePass::RenderGrayScale() {
+  RenderDevice* d = context_.device;
   if (d == nullptr) return;
   float rx = 1, ry = 1;
   const TextureId picture = GetCurrentOutputTexture(rx, ry);
@@ -128,40 +123,41 @@ void FrameRenderer::RenderGrayScale() {
   d->SetTextureStageState(TextureStageState::COLORARG2, TextureArg::Current);
 }
 
-void FrameRenderer::InitializeMachineStateOverlay(std::int32_t frames) {
-  if (device_ == nullptr) return;
-  const TextureId overlay = BackBufferTexture(overlayTexture_);
+void OutputStagePass::InitializeMachineStateOverlay(std::int32_t frames) {
+  if (context_.device == nullptr) return;
+  const TextureId overlay = context_.BackBufferTexture(overlayTexture_);
   if (overlay == 0) return;
-  device_->CopyBackBufferToTexture(overlay, 0, 0, BackBufferWidth(), BackBufferHeight(), 0, 0);
+  context_.device->CopyBackBufferToTexture(overlay, 0, 0, context_.Width(), context_.Height(), 0, 0);
   OverlayFrameCount = frames;
   overlayLeft_ = std::max(frames, 0);
 }
 
-void FrameRenderer::RenderMachineStateOverlay() {
+void OutputStagePass::RenderMachineStateOverlay() {
   if (overlayLeft_ <= 0 || OverlayFrameCount <= 0) return;
   const double share = static_cast<double>(overlayLeft_) / OverlayFrameCount;
   DrawOutputRectangle(Grey(static_cast<std::int32_t>(std::trunc(share * 255.0))), overlayTexture_, Blend::SrcColor, Blend::DestColor);
   --overlayLeft_;
 }
 
-TextureId FrameRenderer::GetCurrentOutputTexture(float& ratioX, float& ratioY) {
+TextureId OutputStagePass::GetCurrentOutputTexture(float& ratioX, float& ratioY) {
   ratioX = ratioY = 1;
   // One texture refilled at each call rather than a new one a frame.
-  const TextureId texture = BackBufferTexture(outputTexture_);
+  const TextureId texture = context_.BackBufferTexture(outputTexture_);
   TextureDesc desc;
-  if (texture == 0 || !device_->GetDesc(texture, desc)) return 0;
-  device_->CopyBackBufferToTexture(texture, 0, 0, BackBufferWidth(), BackBufferHeight(), 0, 0);
-  ratioX = static_cast<float>(BackBufferWidth()) / static_cast<float>(desc.Width);
-  ratioY = static_cast<float>(BackBufferHeight()) / static_cast<float>(desc.Height);
+  if (texture == 0 || !context_.device->GetDesc(texture, desc)) return 0;
+  const int w = context_.Width(), h = context_.Height();
+  context_.device->CopyBackBufferToTexture(texture, 0, 0, w, h, 0, 0);
+  ratioX = static_cast<float>(w) / static_cast<float>(desc.Width);
+  ratioY = static_cast<float>(h) / static_cast<float>(desc.Height);
   return texture;
 }
 
-bool FrameRenderer::RenderToFile(const std::string& path, std::string& error) {
-  if (device_ == nullptr) {
+bool OutputStagePass::RenderToFile(const std::string& path, std::string& error) {
+  if (context_.device == nullptr) {
     error = "No output is running.";
     return false;
   }
-  const int w = BackBufferWidth(), h = BackBufferHeight();
+  const int w = context_.Width(), h = context_.Height();
   // Rows of 24 bits a pixel padded to whole 32-bit words, bottom row first.
   const auto rowSize = static_cast<std::uint32_t>(std::trunc((w * 24.0 + 31.0) / 32.0) * 4);
   const std::uint32_t imageSize = rowSize * static_cast<std::uint32_t>(h);
@@ -178,7 +174,7 @@ bool FrameRenderer::RenderToFile(const std::string& path, std::string& error) {
   put16(26, 1);
   put16(28, 24);
   put32(34, imageSize);
-  const bool read = device_->ReadBackNow([&](const std::uint8_t* top, std::ptrdiff_t stride) {
+  const bool read = context_.device->ReadBackNow([&](const std::uint8_t* top, std::ptrdiff_t stride) {
     for (int y = 0; y < h; ++y) {
       const std::uint8_t* src = top + stride * y;
       std::uint8_t* dst = &file[54 + static_cast<std::size_t>(rowSize) * static_cast<std::size_t>(h - 1 - y)];
@@ -202,6 +198,21 @@ bool FrameRenderer::RenderToFile(const std::string& path, std::string& error) {
     return false;
   }
   return true;
+}
+
+bool OutputStagePass::PictureArrived(std::uint64_t ticket, TextureId texture) {
+  if (ticket != maskLoading_) return false;
+  maskLoading_ = 0;
+  if (maskTexture_ != 0) context_.device->ReleaseTexture(maskTexture_);
+  maskTexture_ = texture;
+  return true;
+}
+
+void OutputStagePass::Release() {
+  CreateMaskTexture({});
+  context_.Release(overlayTexture_);
+  context_.Release(outputTexture_);
+  overlayLeft_ = 0;
 }
 
 }  // namespace lumivane

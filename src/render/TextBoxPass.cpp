@@ -1,15 +1,16 @@
-// The 3D pass of the frame: each 3D text, and each copy of it, placed, turned and scaled in world
-// space and drawn on its shape with its string's texture.
+#include "render/TextBoxPass.h"
+
 #include <algorithm>
 #include <cmath>
 #include <iterator>
 
 #include "core/Color.h"
+#include "core/Numbers.h"
 #include "core/TextObject.h"
 #include "core/TextEngine.h"
+#include "render/FlatTextPass.h"
 #include "render/Mesh3D.h"
 #include "render/TextMesh.h"
-#include "render/FrameRenderer.h"
 
 namespace lumivane {
 
@@ -18,10 +19,37 @@ namespace {
 // A running angle is kept within a turn: a show that loops for hours keeps its precision.
 float WrapAngle(float degrees) { return std::fmod(degrees, 360.0f); }
 
+// Show files written elsewhere name pictures and models with backslashes.
+std::string FilePath(std::string name) {
+  std::replace(name.begin(), name.end(), '\\', '/');
+  return name;
+}
+
+// A device object kept while records share it, given back with the last of them. Records never
+// outlive the device: Release drops them first.
+std::shared_ptr<const std::uint32_t> Hold(RenderDevice* device, std::uint32_t id,
+                                          void (RenderDevice::*release)(std::uint32_t)) {
+  if (id == 0 || device == nullptr) return nullptr;
+  return std::shared_ptr<const std::uint32_t>(new std::uint32_t(id), [device, release](const std::uint32_t* held) {
+    (device->*release)(*held);
+    delete held;
+  });
+}
+
 }  // namespace
 
-void FrameRenderer::Render3D(const FrameArguments& args) {
-  RenderDevice* d = device_;
+TextBoxPass::TextBoxPass(const PassContext& context)
+    : context_(context), drawCopy_([this](std::int32_t index, std::int32_t copy, const TextFrame& frame) {
+        DrawCopy(index, copy + 1, frame);
+      }) {}
+
+void TextBoxPass::Release() {
+  textBoxes_.clear();
+  models_.clear();
+}
+
+void TextBoxPass::Draw(const FrameArguments& args) {
+  RenderDevice* d = context_.device;
   if (d != nullptr) {
     d->SetTextureStageState(TextureStageState::MAGFILTER, TextureFilter::Linear);
     d->SetTextureStageState(TextureStageState::MINFILTER, TextureFilter::Linear);
@@ -29,18 +57,19 @@ void FrameRenderer::Render3D(const FrameArguments& args) {
     TextBoxSetup();
   }
   frameArguments_ = &args;
-  textPass_.Run(text_, args.Text, draw3D_, TextPass::Kind::ThreeD, true);
+  walker_.Run(context_.text, args.Text, drawCopy_, TextPass::Kind::ThreeD, true);
   frameArguments_ = nullptr;
   if (d != nullptr) d->SetRenderState(RenderState::ALPHABLENDENABLE, 0);
 }
 
-void FrameRenderer::Render3DCopy(std::int32_t index, std::int32_t j, const TextFrame& frame) {
+void TextBoxPass::DrawCopy(std::int32_t index, std::int32_t j, const TextFrame& frame) {
   const bool draw = frame.Enabled && !frame.Text.empty();
-  if (draw && TextDrawn) TextDrawn(index, j - 1, frame);
-  if (device_ == nullptr || index > TextBoxCount() || frameArguments_ == nullptr) return;
+  if (draw && context_.textDrawn) context_.textDrawn(index, j - 1, frame);
+  if (context_.device == nullptr || index > TextBoxCount() || frameArguments_ == nullptr) return;
   const FrameArguments& args = *frameArguments_;
-  RenderDevice& d = *device_;
-  const TextObject& t = text_.Live()[static_cast<std::size_t>(index - 1)];
+  RenderDevice& d = *context_.device;
+  TextEngine& text = context_.text;
+  const TextObject& t = text.Live()[static_cast<std::size_t>(index - 1)];
   TextBox& box = textBoxes_[static_cast<std::size_t>(index - 1)];
   const bool picture = !box.TextBoxTextureFileName.empty() && box.VideoLockToTextBox != 1;
 
@@ -76,7 +105,7 @@ void FrameRenderer::Render3DCopy(std::int32_t index, std::int32_t j, const TextF
   box.RotationX = WrapAngle(turn(r.AngleX, r.LoopX, r.CurrentAngleX, box.RotationX));
   box.RotationY = WrapAngle(turn(r.AngleY, r.LoopY, r.CurrentAngleY, box.RotationY));
   box.RotationZ = WrapAngle(turn(r.AngleZ, r.LoopZ, r.CurrentAngleZ, box.RotationZ));
-  if (j == 1) text_.RenderSetRotationCurrentAngle(index, box.RotationX, box.RotationY, box.RotationZ);
+  if (j == 1) text.RenderSetRotationCurrentAngle(index, box.RotationX, box.RotationY, box.RotationZ);
 
   // Scale: the text's size factor less its particle's size (particle clouds shrink and grow their
   // copies), never below 0.
@@ -115,7 +144,7 @@ void FrameRenderer::Render3DCopy(std::int32_t index, std::int32_t j, const TextF
     box.TranslationZ = 0;
   }
   UpdateTextBoxFrame(box, d, d.BackBufferWidth(), d.BackBufferHeight(), z);
-  if (!draw || textDrawer_ == nullptr || frame.Font == nullptr) return;
+  if (!draw || context_.textDrawer == nullptr || frame.Font == nullptr) return;
 
   const std::uint32_t copyColor = ToDeviceColor(frame.Color);
   if (shape == "Custom") {
@@ -134,18 +163,18 @@ void FrameRenderer::Render3DCopy(std::int32_t index, std::int32_t j, const TextF
     // at 720 lines, at the preview's scale like the box.
     const float points = t.FONT_SIZE_ZERO > 0 ? t.FONT_SIZE_ZERO : t.Font.Size;
     const float pixelSize = std::max(1.0f, points) * (96.0f / 72.0f) * (ph / 720.0f);
-    RenderTextToSurface(d, *textDrawer_, box, *frame.Font, pixelSize, color, t.BackGroundColor,
-                        FormatFlags(index, frame.AlignX), frame.Text);
+    RenderTextToSurface(d, *context_.textDrawer, box, *frame.Font, pixelSize, color, t.BackGroundColor,
+                        FlatTextPass::FormatFlags(text, index, frame.AlignX), frame.Text);
   }
   Wave3D wave = t.Wave3D;
   RenderTextBox(d, box, t, wave, j == 1, t.AlphaBlend, copyColor, t.Shape3DRenderMesh != 0, copyColor,
                 textBoxScratch_);
-  if (j == 1 && wave.CurrentPhase != t.Wave3D.CurrentPhase) text_.RenderSetWaveCurrentPhase(index, wave.CurrentPhase);
+  if (j == 1 && wave.CurrentPhase != t.Wave3D.CurrentPhase) text.RenderSetWaveCurrentPhase(index, wave.CurrentPhase);
 }
 
-void FrameRenderer::CreateFull3DText(TextBox& box, const TextObject& t, const TextFrame& frame, std::uint32_t color,
+void TextBoxPass::CreateFull3DText(TextBox& box, const TextObject& t, const TextFrame& frame, std::uint32_t color,
                                   float previewHeight) {
-  RenderDevice& d = *device_;
+  RenderDevice& d = *context_.device;
   const TextFont& font = *frame.Font;
   // Built only when the font, the extrusion or the string changed: never for a steady text.
   if (!(box.MeshFont == font) || box.MeshExtrusion != t.Extrude3D || box.MeshString != frame.Text) {
@@ -212,13 +241,151 @@ void FrameRenderer::CreateFull3DText(TextBox& box, const TextObject& t, const Te
   saved.Restore(d);
 }
 
-void FrameRenderer::RenderModel(TextBox& box, const TextObject& t, std::uint32_t color) {
-  if (!box.Model || !box.Model->InitialiseGeometry(*device_)) return;
+void TextBoxPass::RenderModel(TextBox& box, const TextObject& t, std::uint32_t color) {
+  RenderDevice& d = *context_.device;
+  if (!box.Model || !box.Model->InitialiseGeometry(d)) return;
   // The model turns about the middle of its bounding box.
   const float* c = box.Model->Centre();
   box.TextFrame->AddTranslation(SceneNode::kBefore, -c[0], -c[1], -c[2]);
-  device_->SetTransform(TransformState::World, box.TextFrame->GetUpdatedMatrix());
-  box.Model->Render(*device_, color, t.Mesh3DPreserveTextures == 1, t.Shape3DRenderMesh != 0);
+  d.SetTransform(TransformState::World, box.TextFrame->GetUpdatedMatrix());
+  box.Model->Render(d, color, t.Mesh3DPreserveTextures == 1, t.Shape3DRenderMesh != 0);
+}
+
+std::shared_ptr<const TextureId> TextBoxPass::HoldTexture(TextureId texture) {
+  return Hold(context_.device, texture, &RenderDevice::ReleaseTexture);
+}
+
+std::shared_ptr<const MeshId> TextBoxPass::HoldMesh(MeshId mesh) {
+  return Hold(context_.device, mesh, &RenderDevice::ReleaseMesh);
+}
+
+std::shared_ptr<Mesh3D> TextBoxPass::Model(const std::string& path) {
+  std::weak_ptr<Mesh3D>& slot = models_[path];
+  if (std::shared_ptr<Mesh3D> model = slot.lock()) return model;
+  auto model = std::make_shared<Mesh3D>(path, ModelLimits);
+  slot = model;
+  // Names no record holds any more go, so the map stays as small as the show.
+  std::erase_if(models_, [](const auto& entry) { return entry.second.expired(); });
+  return model;
+}
+
+float TextBoxPass::CameraZ(const TextObject& text, int previewHeight) {
+  if (text.Mesh3DZ < 0) return text.Mesh3DZ;
+  // Meshes are modelled for a camera twenty units back; a shape's placement units put the
+  // preview's half height at previewHeight / 100 units, which fills a quarter-turn view here.
+  if (text.Shape3DType == "Custom") return -20.0f;
+  return -(static_cast<float>(previewHeight) / 100.0f) / std::tan(3.1415f / 8.0f);
+}
+
+void TextBoxPass::TextBoxSetup() {
+  if (context_.device == nullptr || context_.text.EngineGetState() != 0) return;
+  textBoxes_.resize(static_cast<std::size_t>(context_.text.RenderGetTextCount()));
+  for (std::int32_t i = 1; i <= TextBoxCount(); ++i) RefreshTextBox(i);
+}
+
+void TextBoxPass::RefreshTextBox(std::int32_t index) {
+  const TextObject& t = context_.text.Live()[static_cast<std::size_t>(index - 1)];
+  TextBox& box = textBoxes_[static_cast<std::size_t>(index - 1)];
+  // A "Custom" text's model, read off the frame's thread; its info goes to the text once read.
+  if (t.Text3D && t.Shape3DType == "Custom" && !t.Mesh3DFileName.empty()) {
+    const std::string path = FilePath(t.Mesh3DFileName);
+    if (!box.Model || box.Model->Path() != path) box.Model = Model(path);
+    if (WaitForModels) box.Model->Wait();
+    if (box.Model->Loaded() && box.Model->Info() != t.Mesh3DInfo)
+      context_.text.RenderSetMesh3DInfo(index, box.Model->Info());
+  } else {
+    box.Model.reset();
+  }
+  // An extruded string's mesh is dropped as soon as the text no longer needs it.
+  if (!t.Text3D || t.Extrude3D == 0.0f || !t.Shape3DType.empty()) {
+    box.TextMesh.reset();
+    box.MeshString.clear();
+  }
+  // Boxes are kept in preview units, so the texture is the box's own size in preview pixels:
+  // small, because the string is drawn into it again in every frame.
+  // A box dragged far beyond the pane still gets a texture of bounded memory (16 MB at most).
+  constexpr int kLargest = 2048;
+  const DeviceCaps caps = context_.device->Caps();
+  const int maxWidth = caps.MaxTextureWidth > 0 ? std::min(caps.MaxTextureWidth, kLargest) : kLargest;
+  const int maxHeight = caps.MaxTextureHeight > 0 ? std::min(caps.MaxTextureHeight, kLargest) : kLargest;
+  const int width = std::min(NextPowerOfTwo(t.Right - t.Left), maxWidth);
+  const int height = std::min(NextPowerOfTwo(t.Bottom - t.Top), maxHeight);
+  const bool resized = box.Width != width || box.Height != height;
+  box.Width = width;
+  box.Height = height;
+  box.VideoLockToTextBox = t.VideoLockToTextBox;
+  if (box.TextBoxTextureFileName != t.TextBoxTextureFileName) {
+    TextBoxSetTexture(index, t, true, false);
+    return;
+  }
+  if (!box.TextBoxTextureFileName.empty()) return;  // a picture keeps its own size
+  if (box.Texture != 0 && !resized) return;
+  box.TextureHold = HoldTexture(context_.device->CreateTexture(width, height, TextureFormat::X8R8G8B8, true));
+  box.Texture = box.TextureHold ? *box.TextureHold : 0;
+}
+
+void TextBoxPass::TextBoxSetTexture(std::int32_t index, const TextObject& settings, bool reload, bool applyToAll) {
+  if (context_.device == nullptr || (!applyToAll && TextBoxRecord(index) == nullptr)) return;
+  auto each = [&](auto&& apply) {
+    for (std::int32_t i = 1; i <= TextBoxCount(); ++i)
+      if (applyToAll || i == index) apply(textBoxes_[static_cast<std::size_t>(i - 1)], i);
+  };
+  each([&](TextBox& box, std::int32_t) {
+    box.TextBoxTextureFileName = settings.TextBoxTextureFileName;
+    box.VideoLockToTextBox = settings.VideoLockToTextBox;
+  });
+  if (!reload) return;
+  const std::string& name = settings.TextBoxTextureFileName;
+  if (name.empty()) {
+    // Back to the string: the record makes its own texture again.
+    each([&](TextBox& box, std::int32_t i) {
+      box.TextureHold.reset();
+      box.Texture = 0;
+      box.Width = 0;
+      if (i <= context_.text.RenderGetTextCount()) RefreshTextBox(i);
+    });
+    return;
+  }
+  // One texture per picture: a record that already shows this file lends it.
+  std::shared_ptr<const TextureId> picture;
+  if (!applyToAll)
+    for (std::int32_t i = 1; i <= TextBoxCount() && !picture; ++i) {
+      const TextBox& other = textBoxes_[static_cast<std::size_t>(i - 1)];
+      if (i != index && other.TextureHold && other.TextBoxTextureFileName == name) picture = other.TextureHold;
+    }
+  if (!picture) {
+    // Pure black is transparent, so a picture on black shows only its figure. A file that does
+    // not load leaves the text untextured, and is not tried again until its name changes.
+    std::string error;
+    picture = HoldTexture(context_.device->CreateTextureFromFileEx(FilePath(name), -1, -1, TextureFormat::A8R8G8B8,
+                                                                   ImageFilter::Linear, 0xFF000000u, &error));
+  }
+  each([&](TextBox& box, std::int32_t) {
+    box.TextureHold = picture;
+    box.Texture = picture ? *picture : 0;
+  });
+}
+
+void TextBoxPass::ScaleText(std::int32_t index, float x, float y, float z) {
+  if (TextBoxRecord(index) == nullptr) return;
+  TextBox& box = textBoxes_[static_cast<std::size_t>(index - 1)];
+  box.RootFrame->UpdateFrames();
+  box.TextFrame->AddScale(SceneNode::kAfter, x, y, z);
+}
+
+void TextBoxPass::TextBoxRemove(std::int32_t index) {
+  if (TextBoxRecord(index) == nullptr) return;
+  textBoxes_.erase(textBoxes_.begin() + (index - 1));
+}
+
+void TextBoxPass::TextFrameZOrder(std::int32_t index, bool toFirst) {
+  if (context_.text.EngineGetState() != 0 || TextBoxRecord(index) == nullptr) return;
+  const auto at = textBoxes_.begin() + (index - 1);
+  // The moved record takes the first or last place; the others close up around it.
+  if (toFirst)
+    std::rotate(textBoxes_.begin(), at, at + 1);
+  else
+    std::rotate(at, at + 1, textBoxes_.end());
 }
 
 }  // namespace lumivane
