@@ -43,8 +43,9 @@ void BackgroundsForm::RegisterControls(ControlHandle picBackGroundColor) {
     if (!caption.empty()) m.SetCaption(h, caption);
     return h;
   };
-  auto slider = [&](std::string_view form, std::string_view name, int min, int max, int value, int large = 10) {
-    ControlHandle h = m.Add(form, ControlKind::Slider, name);
+  auto slider = [&](std::string_view form, std::string_view name, int min, int max, int value, int large,
+                    std::string_view caption) {
+    ControlHandle h = add(form, ControlKind::Slider, name, caption);
     m.SetRange(h, min, max);
     m.SetSteps(h, 1, large);
     m.SetValue(h, value);
@@ -80,31 +81,35 @@ void BackgroundsForm::RegisterControls(ControlHandle picBackGroundColor) {
   c.chkCRSGetBackGroundImages = add(f, ControlKind::CheckBox, "chkCRSGetBackGroundImages", "Images to Surface");
 
   c.picBackGroundColor = picBackGroundColor;
-  c.piCFilterColor = add(kMain, ControlKind::PictureBox, "piCFilterColor");
+  c.piCFilterColor = add(kMain, ControlKind::PictureBox, "piCFilterColor", "Tint");
   m.SetBackColor(c.piCFilterColor, 0xFFFFFF);  // white: the picture as it is
-  c.sliderRandomBackgroundFilterColor = slider(kMain, "sliderRandomBackgroundFilterColor", 0, 255, 0);
-  c.txtTimerInterval = add(kMain, ControlKind::TextBox, "txtTimerInterval");
+  c.sliderRandomBackgroundFilterColor = slider(kMain, "sliderRandomBackgroundFilterColor", 0, 255, 0, 10,
+                                               "Tint random");
+  c.txtTimerInterval = add(kMain, ControlKind::TextBox, "txtTimerInterval", "Change every (ms)");
   m.SetText(c.txtTimerInterval, "5000");
   m.SetToolTip(c.txtTimerInterval, "Background change interval (ms)");
   c.chkHoldBackgroundTimer = add(kMain, ControlKind::CheckBox, "chkHoldBackgroundTimer", "Hold Timer");
   // Random reach in pixels; feeding back, the middle of each slider is the picture's own place and
   // size, so the ranges are symmetric round it.
-  c.SliderBackGroundPositionRandomX = slider(kMain, "SliderBackGroundPositionRandomX", 0, 1000, 0, 50);
-  c.SliderBackGroundPositionRandomY = slider(kMain, "SliderBackGroundPositionRandomY", 0, 1000, 0, 50);
+  c.SliderBackGroundPositionRandomX = slider(kMain, "SliderBackGroundPositionRandomX", 0, 1000, 0, 50,
+                                             "Position X random");
+  c.SliderBackGroundPositionRandomY = slider(kMain, "SliderBackGroundPositionRandomY", 0, 1000, 0, 50,
+                                             "Position Y random");
   c.chkBackGroundPositionUniform = add(kMain, ControlKind::CheckBox, "chkBackGroundPositionUniform", "Uniform");
-  c.SliderBackgroundSizeRandomX = slider(kMain, "SliderBackgroundSizeRandomX", 0, 1000, 0, 50);
-  c.SliderBackgroundSizeRandomY = slider(kMain, "SliderBackgroundSizeRandomY", 0, 1000, 0, 50);
+  c.SliderBackgroundSizeRandomX = slider(kMain, "SliderBackgroundSizeRandomX", 0, 1000, 0, 50, "Size X random");
+  c.SliderBackgroundSizeRandomY = slider(kMain, "SliderBackgroundSizeRandomY", 0, 1000, 0, 50, "Size Y random");
   c.chkBackGroundSizeUniform = add(kMain, ControlKind::CheckBox, "chkBackGroundSizeUniform", "Uniform");
-  c.SliderBackgroundTileX = slider(kMain, "SliderBackgroundTileX", 1, 20, 1, 2);
-  c.SliderBackgroundTileY = slider(kMain, "SliderBackgroundTileY", 1, 20, 1, 2);
+  c.SliderBackgroundTileX = slider(kMain, "SliderBackgroundTileX", 1, 20, 1, 2, "Tile X");
+  c.SliderBackgroundTileY = slider(kMain, "SliderBackgroundTileY", 1, 20, 1, 2, "Tile Y");
   c.chkRandomizeTiling = add(kMain, ControlKind::CheckBox, "chkRandomizeTiling", "Random Tiling");
-  c.SliderBackGroundOffsetX = slider(kMain, "SliderBackGroundOffsetX", -20, 20, 0, 5);
-  c.SliderBackGroundOffsetY = slider(kMain, "SliderBackGroundOffsetY", -20, 20, 0, 5);
+  c.SliderBackGroundOffsetX = slider(kMain, "SliderBackGroundOffsetX", -20, 20, 0, 5, "Offset X");
+  c.SliderBackGroundOffsetY = slider(kMain, "SliderBackGroundOffsetY", -20, 20, 0, 5, "Offset Y");
   c.chkRandomizeOffset = add(kMain, ControlKind::CheckBox, "chkRandomizeOffset", "Random Offset");
-  c.SliderFadeOut = slider(kMain, "SliderFadeOut", 0, 255, 255, 16);
+  c.SliderFadeOut = slider(kMain, "SliderFadeOut", 0, 255, 255, 16, "Brightness");
   m.SetToolTip(c.SliderFadeOut, "Output brightness: 0 is black");
   c.chkInvertOutput = add(kMain, ControlKind::CheckBox, "chkInvertOutput", "Invert Output");
-  c.SliderRecordFramesPerSecond = slider(kRecording, "SliderRecordFramesPerSecond", 0, 60, 25, 5);
+  c.SliderRecordFramesPerSecond = slider(kRecording, "SliderRecordFramesPerSecond", 0, 60, 25, 5,
+                                         "Feedback rate (fps)");
 }
 
 void BackgroundsForm::Connect() {

@@ -86,95 +86,104 @@ FieldBinding Colour(ControlHandle h, Get get) {
 void MainForm::RegisterControls() {
   ControlModel& m = model_;
   const std::string_view f = kFormName;
-  auto combo = [&](std::string_view name, std::vector<std::string> items, std::string_view text) {
-    ControlHandle h = m.Add(f, ControlKind::ComboBox, name);
+  // Each takes the caption the window shows beside or on the control.
+  auto captioned = [&](ControlHandle h, std::string_view caption) {
+    if (!caption.empty()) m.SetCaption(h, caption);
+    return h;
+  };
+  auto combo = [&](std::string_view name, std::vector<std::string> items, std::string_view text,
+                   std::string_view caption) {
+    ControlHandle h = captioned(m.Add(f, ControlKind::ComboBox, name), caption);
     m.SetItems(h, std::move(items));
     m.SetText(h, text);
     return h;
   };
-  auto slider = [&](std::string_view name, int min, int max, int value) {
-    ControlHandle h = m.Add(f, ControlKind::Slider, name);
+  auto slider = [&](std::string_view name, int min, int max, int value, std::string_view caption) {
+    ControlHandle h = captioned(m.Add(f, ControlKind::Slider, name), caption);
     m.SetRange(h, min, max);
     m.SetValue(h, value);
     return h;
   };
-  auto check = [&](std::string_view name) { return m.Add(f, ControlKind::CheckBox, name); };
-  auto text = [&](std::string_view name, std::string_view value) {
-    ControlHandle h = m.Add(f, ControlKind::TextBox, name);
+  auto check = [&](std::string_view name, std::string_view caption) {
+    return captioned(m.Add(f, ControlKind::CheckBox, name), caption);
+  };
+  auto text = [&](std::string_view name, std::string_view value, std::string_view caption = {}) {
+    ControlHandle h = captioned(m.Add(f, ControlKind::TextBox, name), caption);
     m.SetText(h, value);
     return h;
   };
-  auto picture = [&](std::string_view name, std::int32_t colour) {
-    ControlHandle h = m.Add(f, ControlKind::PictureBox, name);
+  auto picture = [&](std::string_view name, std::int32_t colour, std::string_view caption) {
+    ControlHandle h = captioned(m.Add(f, ControlKind::PictureBox, name), caption);
     m.SetBackColor(h, colour);
     return h;
   };
 
   TextControls& c = c_;
   c.txtSelfTime = text("txtSelfTime", "500");
-  c.SliderSelfTime = slider("SliderSelfTime", 0, 10000, 500);
-  c.chkRandomizeTime = check("chkRandomizeTime");
+  c.SliderSelfTime = slider("SliderSelfTime", 0, 10000, 500, "Text Object Timer [ms]");
+  c.chkRandomizeTime = check("chkRandomizeTime", "Random Timer");
   c.cmdLockVideoToTextBox = m.Add(f, ControlKind::CommandButton, "cmdLockVideoToTextBox");
+  m.SetCaption(c.cmdLockVideoToTextBox, "Video in Box");
   m.SetToggle(c.cmdLockVideoToTextBox, true);
-  c.chkClipText = check("chkClipText");
-  c.picTextColor = picture("picTextColor", 0x00FFFFFF);
-  c.cboAlignX = combo("cboAlignX", {"Centered", "Left Justify", "Right Justify"}, "Centered");
-  c.cboTextType = combo("cboTextType", {"Counter", "Dictionary", "CustomInput"}, "Counter");
-  c.txtDictionary = text("txtDictionary", "");
-  c.cboDictionaryLoopDirection = combo("cboDictionaryLoopDirection", kDirections, "Random");
-  c.chkExactWordLength = check("chkExactWordLength");
-  c.cboDictionaryMaxWordLength = combo("cboDictionaryMaxWordLength", NumberItems(1, 64), "1024");
-  c.chkUpperCase = check("chkUpperCase");
-  c.chkLowerCase = check("chkLowerCase");
-  c.chkMixedCase1 = check("chkMixedCase1");
+  c.chkClipText = check("chkClipText", "Clip to Box");
+  c.picTextColor = picture("picTextColor", 0x00FFFFFF, "Colour");
+  c.cboAlignX = combo("cboAlignX", {"Centered", "Left Justify", "Right Justify"}, "Centered", "Align");
+  c.cboTextType = combo("cboTextType", {"Counter", "Dictionary", "CustomInput"}, "Counter", "Text Type");
+  c.txtDictionary = text("txtDictionary", "", "Dictionary File");
+  c.cboDictionaryLoopDirection = combo("cboDictionaryLoopDirection", kDirections, "Random", "Direction");
+  c.chkExactWordLength = check("chkExactWordLength", "Exact Word Length");
+  c.cboDictionaryMaxWordLength = combo("cboDictionaryMaxWordLength", NumberItems(1, 64), "1024", "Word Length");
+  c.chkUpperCase = check("chkUpperCase", "Upper Case");
+  c.chkLowerCase = check("chkLowerCase", "Lower Case");
+  c.chkMixedCase1 = check("chkMixedCase1", "Mixed Case 1: LuMiVaNe");
   m.SetToolTip(c.chkMixedCase1, "Mixed Case 1: LuMiVaNe");
-  c.chkMixedCase2 = check("chkMixedCase2");
+  c.chkMixedCase2 = check("chkMixedCase2", "Mixed Case 2: lUmIvAnE");
   m.SetToolTip(c.chkMixedCase2, "Mixed Case 2: lUmIvAnE");
-  c.txtExcludeCharacters = text("txtExcludeCharachters", "");
-  c.cboLineBreak = combo("cboLineBreak", NumberItems(0, 32), "0");
-  c.txtWordFilterStart = text("txtWordFilterStart", "");
-  c.txtWordFilterEnd = text("txtWordFilterEnd", "");
-  c.chkBinary = check("chkBinary");
-  c.chkEditorSplitLines = check("chkEditorSplitLines");
-  c.cboWordsPerRow = combo("cboWordsPerRow", NumberItems(1, 32), "1");
-  c.chkTextTitleMode = check("chkTextTitleMode");
-  c.chkTextTickerMode = check("chkTextTickerMode");
-  c.chkDictionaryCutLine = check("chkDictionaryCutLine");
-  c.cboCounterType = combo("cboCounterType", kValueTypes, "Alphanumeric");
-  c.cboCounterDirection = combo("cboCounterDirection", kDirections, "Random");
-  c.cboMinDigits = combo("cboMinDigits", NumberItems(0, 15), "0");
-  c.cboMaxDigits = combo("cboMaxDigits", NumberItems(0, 15), "9");
-  c.cboCounterOffset = combo("cboCounterOffset", {"1", "2", "5", "10", "100", "1000", "0.1", "0.01"}, "1");
-  c.cboCounterLineBreak = combo("cboCounterLineBreak", NumberItems(1, 32), "1");
-  c.chkRandomizeXYManual = check("chkRandomizeXYManual");
-  c.SliderRandomizeX = slider("SliderRandomizeX", -1000, 1000, 0);
-  c.SliderRandomizeY = slider("SliderRandomizeY", -1000, 1000, 0);
-  c.chkRandomizeFontSizeManual = check("chkRandomizeFontSizeManual");
-  c.SliderRandomizeFontSize = slider("SliderRandomizeFontSize", -200, 200, 0);
-  c.SliderRandomizeColor = slider("SliderRandomizeColor", 0, 255, 0);
-  c.chkFlashText = check("chkFlashText");
-  c.chkSequenceText = check("chkSequenceText");
+  c.txtExcludeCharacters = text("txtExcludeCharachters", "", "Exclude Characters");
+  c.cboLineBreak = combo("cboLineBreak", NumberItems(0, 32), "0", "Rows");
+  c.txtWordFilterStart = text("txtWordFilterStart", "", "Begins With");
+  c.txtWordFilterEnd = text("txtWordFilterEnd", "", "Ends With");
+  c.chkBinary = check("chkBinary", "Binary");
+  c.chkEditorSplitLines = check("chkEditorSplitLines", "One Line at a Time");
+  c.cboWordsPerRow = combo("cboWordsPerRow", NumberItems(1, 32), "1", "Words per Row");
+  c.chkTextTitleMode = check("chkTextTitleMode", "Title Mode");
+  c.chkTextTickerMode = check("chkTextTickerMode", "Ticker Mode");
+  c.chkDictionaryCutLine = check("chkDictionaryCutLine", "Cut Long Lines");
+  c.cboCounterType = combo("cboCounterType", kValueTypes, "Alphanumeric", "Counter Type");
+  c.cboCounterDirection = combo("cboCounterDirection", kDirections, "Random", "Direction");
+  c.cboMinDigits = combo("cboMinDigits", NumberItems(0, 15), "0", "Min. Digits");
+  c.cboMaxDigits = combo("cboMaxDigits", NumberItems(0, 15), "9", "Max. Digits");
+  c.cboCounterOffset = combo("cboCounterOffset", {"1", "2", "5", "10", "100", "1000", "0.1", "0.01"}, "1", "Step");
+  c.cboCounterLineBreak = combo("cboCounterLineBreak", NumberItems(1, 32), "1", "Rows");
+  c.chkRandomizeXYManual = check("chkRandomizeXYManual", "Manual Position");
+  c.SliderRandomizeX = slider("SliderRandomizeX", -1000, 1000, 0, "X");
+  c.SliderRandomizeY = slider("SliderRandomizeY", -1000, 1000, 0, "Y");
+  c.chkRandomizeFontSizeManual = check("chkRandomizeFontSizeManual", "Manual Size");
+  c.SliderRandomizeFontSize = slider("SliderRandomizeFontSize", -200, 200, 0, "Size");
+  c.SliderRandomizeColor = slider("SliderRandomizeColor", 0, 255, 0, "Colour Range");
+  c.chkFlashText = check("chkFlashText", "Flash");
+  c.chkSequenceText = check("chkSequenceText", "Sequence Text Object: f,fa,fat,fata,fatal");
   m.SetToolTip(c.chkSequenceText, "Sequence Text Object: f,fa,fat,fata,fatal");
   c.txtSequenceTimer = text("txtSequenceTimer", "125");
-  c.SliderSequenceTimer = slider("SliderSequenceTimer", 0, 5000, 125);
-  c.chkRandomizeSequence = check("chkRandomizeSequence");
-  c.txtEditor = text("txtEditor", "");
-  c.cboEditorCounterDirection = combo("cboEditorCounterDirection", kDirections, "Random");
-  c.chk3D = check("chk3D");
-  c.SliderRotationX = slider("SliderRotationX", -360, 360, 0);
-  c.SliderRotationY = slider("SliderRotationY", -360, 360, 0);
-  c.SliderRotationZ = slider("SliderRotationZ", -360, 360, 0);
-  c.chkRotationLoopX = check("chkRotationLoopX");
-  c.chkRotationLoopY = check("chkRotationLoopY");
-  c.chkRotationLoopZ = check("chkRotationLoopZ");
-  c.chkRotationWorld = check("chkRotationWorld");
-  c.chkFineTuneRotation = check("chkFineTuneRotation");
-  c.picTextBackgroundColor = picture("picTextBackgroundColor", 0);
-  c.chkRandomizeFont = check("chkRandomizeFont");
-  c.cbo3DExtrude = combo("cbo3DExtrude", {"0", "0.05", "0.1", "0.2", "0.3", "0.5", "1"}, "0");
-  c.chkPulseFontSize = check("chkPulseFontSize");
-  c.chkPulseFontColor = check("chkPulseFontColor");
-  c.chkFontVertical = check("chkFontVertical");
+  c.SliderSequenceTimer = slider("SliderSequenceTimer", 0, 5000, 125, "Sequence Timer [ms]");
+  c.chkRandomizeSequence = check("chkRandomizeSequence", "Random Sequence");
+  c.txtEditor = text("txtEditor", "", "Custom Text");
+  c.cboEditorCounterDirection = combo("cboEditorCounterDirection", kDirections, "Random", "Direction");
+  c.chk3D = check("chk3D", "3D");
+  c.SliderRotationX = slider("SliderRotationX", -360, 360, 0, "Rotation X");
+  c.SliderRotationY = slider("SliderRotationY", -360, 360, 0, "Rotation Y");
+  c.SliderRotationZ = slider("SliderRotationZ", -360, 360, 0, "Rotation Z");
+  c.chkRotationLoopX = check("chkRotationLoopX", "Loop X");
+  c.chkRotationLoopY = check("chkRotationLoopY", "Loop Y");
+  c.chkRotationLoopZ = check("chkRotationLoopZ", "Loop Z");
+  c.chkRotationWorld = check("chkRotationWorld", "Around the Screen Centre");
+  c.chkFineTuneRotation = check("chkFineTuneRotation", "Fine Rotation");
+  c.picTextBackgroundColor = picture("picTextBackgroundColor", 0, "Box Colour");
+  c.chkRandomizeFont = check("chkRandomizeFont", "Random Font");
+  c.cbo3DExtrude = combo("cbo3DExtrude", {"0", "0.05", "0.1", "0.2", "0.3", "0.5", "1"}, "0", "Extrusion");
+  c.chkPulseFontSize = check("chkPulseFontSize", "Pulse Size");
+  c.chkPulseFontColor = check("chkPulseFontColor", "Pulse Colour");
+  c.chkFontVertical = check("chkFontVertical", "Vertical");
 
   auto button = [&](std::string_view name, std::string_view caption) {
     ControlHandle h = m.Add(f, ControlKind::CommandButton, name);
@@ -189,7 +198,7 @@ void MainForm::RegisterControls() {
   c.CmdAssignText = button("CmdAssignText", "To Output");
   c.cmdTimeShuffle = button("cmdTimeShuffle", "Time Shuffle");
   c.cmdTimeSynchronize = button("cmdTimeSyncronize", "Time Sync");
-  c.cmdTimerDefault = button("cmdTimerDefault", "Default");
+  c.cmdTimerDefault = button("cmdTimerDefault", "Default Timers (500 / 125 ms)");
   c.cmdFlashAll = button("cmdFlashAll", "Flash All");
   c.cmdFlashOff = button("cmdFlashOff", "Flash Off");
   c.cmdFlashInvert = button("cmdFlashInvert", "Flash Invert");
@@ -197,14 +206,13 @@ void MainForm::RegisterControls() {
   c.cmdSequenceRandom = button("cmdSequenceRandom", "Sequence Random");
   c.cmdRotateOff = button("cmdRotateOff", "Rotation Off");
   c.cmdRandomizeOff = button("cmdRandomizeOff", "Randomize Off");
-  c.cmdEditorNumbers = button("cmdEditorNumbers", "0-9");
-  c.cmdEditorBuildCharacters = button("cmdEditorBuildCharacters", "A-z");
-  c.cmdEditorBuildSpecialCharacters = button("cmdEditorBuildSpecialCharacters", "!?#");
-  c.chkEditorCharacterLines = check("chkEditorCharacterLines");
+  c.cmdEditorNumbers = button("cmdEditorNumbers", "Numbers 0-9");
+  c.cmdEditorBuildCharacters = button("cmdEditorBuildCharacters", "Letters A-z");
+  c.cmdEditorBuildSpecialCharacters = button("cmdEditorBuildSpecialCharacters", "Special Characters");
+  c.chkEditorCharacterLines = check("chkEditorCharacterLines", "One Character per Line");
 
-  chkLockTextUpdate_ = check("chkLockTextUpdate");
-  m.SetCaption(chkLockTextUpdate_, "Lock Output");
-  chkOperateOnAllTexts_ = check("chkOPerateOnAllTexts");
+  chkLockTextUpdate_ = check("chkLockTextUpdate", "Lock Output");
+  chkOperateOnAllTexts_ = check("chkOPerateOnAllTexts", "All Texts");
 
   // The template of the "Text" label array: never shown, copied by every new text.
   ControlHandle templateLabel = m.Add(f, ControlKind::Label, "Text", 0);

@@ -40,6 +40,7 @@ void MainForm::RegisterPlaybackControls() {
   p.chkFPSLimiter = m.Add(f, ControlKind::CheckBox, "chkFPSLimiter");
   m.SetCaption(p.chkFPSLimiter, "Limit to max. 24 FPS");
   p.cboResolution = m.Add(f, ControlKind::ComboBox, "cboResolution");
+  m.SetCaption(p.cboResolution, "Output:");
   m.SetItems(p.cboResolution, kResolutions);
   m.SetText(p.cboResolution, "1024x768");
   p.cboMonitors = m.Add(f, ControlKind::ComboBox, "cboMonitors");
@@ -61,6 +62,7 @@ void MainForm::RegisterPlaybackControls() {
 
   // The clear colour of every frame, black.
   BackgroundColor = m.Add(f, ControlKind::PictureBox, "picBackGroundColor");
+  m.SetCaption(BackgroundColor, "Clear colour");
 }
 
 void MainForm::ConnectPlayback() {

@@ -42,6 +42,7 @@ OutputConfigurationForm::OutputConfigurationForm(ControlModel& model) : model_(m
   c_.cmdY = button("cmdY", "Mirror Y");
   c_.cmdReset = button("cmdReset", "Reset");
   c_.cboOutputCount = model_.Add(f, ControlKind::ComboBox, "cboOutputCount");
+  model_.SetCaption(c_.cboOutputCount, "Outputs:");
   std::vector<std::string> counts;
   for (int n = 1; n <= kMaxOutputs; ++n) counts.push_back(std::to_string(n));
   model_.SetItems(c_.cboOutputCount, std::move(counts));

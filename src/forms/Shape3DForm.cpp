@@ -74,8 +74,10 @@ void Shape3DForm::RegisterControls() {
     m.SetEnabled(h, false);  // nothing is ticked yet
     return h;
   };
-  auto slider = [&](std::string_view name, int min, int max, int value, int smallChange = 1, int largeChange = 5) {
+  auto slider = [&](std::string_view name, std::string_view caption, int min, int max, int value, int smallChange = 1,
+                    int largeChange = 5) {
     ControlHandle h = m.Add(f, ControlKind::Slider, name);
+    m.SetCaption(h, caption);
     m.SetRange(h, min, max);
     m.SetSteps(h, smallChange, largeChange);
     m.SetValue(h, value);
@@ -85,30 +87,31 @@ void Shape3DForm::RegisterControls() {
   ShapeControls& c = c_;
   c.chkCircle = check("chkCircle", "Circular");
   c.fraCircle = frame("fraCircle");
-  c.SliderCircleRadius = slider("SliderCircleRadius", 1, 20, kCircleDefaults.Radius);
-  c.SliderCircleSmoothness = slider("SliderCircleSmoothness", 1, 360, kCircleDefaults.Smoothness, 1, 10);
-  c.SliderCircleTiling = slider("SliderCircleTiling", 1, 20, kCircleDefaults.Tiling);
+  c.SliderCircleRadius = slider("SliderCircleRadius", "Radius", 1, 20, kCircleDefaults.Radius);
+  c.SliderCircleSmoothness = slider("SliderCircleSmoothness", "Smoothness", 1, 360, kCircleDefaults.Smoothness, 1, 10);
+  c.SliderCircleTiling = slider("SliderCircleTiling", "Tiling", 1, 20, kCircleDefaults.Tiling);
 
   c.chkWave = check("chkWave", "Wave");
   c.fraWave = frame("fraWave");
-  c.SliderWaveAmplitude = slider("SliderWaveAmplitude", 0, 10, kWaveDefaults.Amplitude);
+  c.SliderWaveAmplitude = slider("SliderWaveAmplitude", "Amplitude", 0, 10, kWaveDefaults.Amplitude);
   // The wave is sampled every 10 degrees: the size moves in those steps.
-  c.SliderWaveSize = slider("SliderWaveSize", 10, 720, kWaveDefaults.Size, 10, 90);
-  c.SliderWavePhase = slider("SliderWavePhase", 0, 90, kWaveDefaults.Phase);
-  c.SliderWaveTiling = slider("SliderWaveTiling", 1, 20, kWaveDefaults.Tiling);
+  c.SliderWaveSize = slider("SliderWaveSize", "Size", 10, 720, kWaveDefaults.Size, 10, 90);
+  c.SliderWavePhase = slider("SliderWavePhase", "Phase", 0, 90, kWaveDefaults.Phase);
+  c.SliderWaveTiling = slider("SliderWaveTiling", "Tiling", 1, 20, kWaveDefaults.Tiling);
 
   c.chkSpiral = check("chkSpiral", "Spiral");
   c.fraSpiral = frame("fraSpiral");
-  c.SliderSpiralRadius = slider("SliderSpiralRadius", 1, 20, kSpiralDefaults.Radius);
-  c.SliderSpiralRevolutionCount = slider("SliderSpiralRevolutionCount", 1, 10, kSpiralDefaults.RevolutionCount, 1, 1);
-  c.SliderSpiralSmoothness = slider("SliderSpiralSmoothness", 1, 90, kSpiralDefaults.Smoothness);
-  c.SliderSpiralTiling = slider("SliderSpiralTiling", 1, 20, kSpiralDefaults.Tiling);
+  c.SliderSpiralRadius = slider("SliderSpiralRadius", "Radius", 1, 20, kSpiralDefaults.Radius);
+  c.SliderSpiralRevolutionCount =
+      slider("SliderSpiralRevolutionCount", "Revolutions", 1, 10, kSpiralDefaults.RevolutionCount, 1, 1);
+  c.SliderSpiralSmoothness = slider("SliderSpiralSmoothness", "Smoothness", 1, 90, kSpiralDefaults.Smoothness);
+  c.SliderSpiralTiling = slider("SliderSpiralTiling", "Tiling", 1, 20, kSpiralDefaults.Tiling);
 
   c.chkCustom = check("chkCustom", "Custom Mesh Import (3DS)");
   c.fraCustom = frame("fraCustom");
   c.cmdLoadCustomMesh = m.Add(f, ControlKind::CommandButton, "cmdLoadCustomMesh");
   m.SetCaption(c.cmdLoadCustomMesh, "Load Custom Mesh (3DS)");
-  c.SliderCustomMeshZ = slider("SliderCustomMeshZ", kMeshZMin, kMeshZMax, kMeshZDefault, 1, 10);
+  c.SliderCustomMeshZ = slider("SliderCustomMeshZ", "Zoom", kMeshZMin, kMeshZMax, kMeshZDefault, 1, 10);
   m.SetToolTip(c.SliderCustomMeshZ, "Custom Mesh Zoom");
   c.chkCustomMeshPreserveTextures = check("chkCustomMeshPreserveTextures", "Preserve Mesh Textures");
   c.txtMeshInfo = m.Add(f, ControlKind::TextBox, "txtMeshInfo");
