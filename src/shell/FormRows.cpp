@@ -1,7 +1,6 @@
 #include "shell/FormRows.h"
 
 #include <QCheckBox>
-#include <QColorDialog>
 #include <QCoreApplication>
 #include <QGridLayout>
 #include <QImageReader>
@@ -11,21 +10,10 @@
 #include <QSlider>
 #include <QThreadPool>
 
-#include "core/Color.h"
 #include "forms/BackgroundsForm.h"
 #include "shell/WidgetBinding.h"
 
 namespace lumivane {
-
-QColor ToQColor(std::int32_t programColor) {
-  const auto c = static_cast<std::uint32_t>(programColor);
-  return QColor(static_cast<int>(c & 0xFF), static_cast<int>((c >> 8) & 0xFF), static_cast<int>((c >> 16) & 0xFF));
-}
-
-std::int32_t ToProgramColor(const QColor& colour) {
-  return ProgramColor(static_cast<std::uint8_t>(colour.red()), static_cast<std::uint8_t>(colour.green()),
-                      static_cast<std::uint8_t>(colour.blue()));
-}
 
 SliderValue::SliderValue(ControlModel& model, ControlHandle control, QLabel* label)
     : QObject(label), model_(model), control_(control), label_(label) {
@@ -37,21 +25,6 @@ SliderValue::~SliderValue() { model_.Disconnect(control_, listener_); }
 
 void SliderValue::Show() {
   if (label_) label_->setNum(ControlModel::Value(control_));
-}
-
-ColourSwatch::ColourSwatch(ControlModel& model, ControlHandle control, QWidget* parent)
-    : QFrame(parent), model_(model), control_(control) {
-  setFrameShape(QFrame::Box);
-  setFixedSize(48, 20);
-  setCursor(Qt::PointingHandCursor);
-  PickColour = [this](const QColor& current) { return QColorDialog::getColor(current, this); };
-  WidgetBinding::Bind(model, control, this);
-}
-
-void ColourSwatch::mousePressEvent(QMouseEvent*) {
-  if (!PickColour || !control_) return;
-  const QColor picked = PickColour(ToQColor(ControlModel::BackColor(control_)));
-  if (picked.isValid()) model_.SetBackColor(control_, ToProgramColor(picked), Origin::Widget);
 }
 
 namespace {

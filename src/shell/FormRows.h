@@ -11,6 +11,8 @@
 #include <string_view>
 
 #include "core/ControlModel.h"
+#include "shell/FormBuilder.h"
+#include "shell/WidgetBinding.h"
 
 class QCheckBox;
 class QGridLayout;
@@ -21,14 +23,6 @@ class QSlider;
 // swatches, the random layout block the background and effect layers share, and pictures decoded
 // off the UI thread.
 namespace lumivane {
-
-inline QString ToQString(std::string_view s) {
-  return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size()));
-}
-
-// Program colours are 0x00BBGGRR; these convert to and from what Qt shows.
-QColor ToQColor(std::int32_t programColor);
-std::int32_t ToProgramColor(const QColor& colour);
 
 // A label that shows a slider control's value, whoever moves it.
 class SliderValue final : public QObject {
@@ -43,26 +37,6 @@ class SliderValue final : public QObject {
   ControlHandle control_;
   QPointer<QLabel> label_;
   ListenerId listener_ = 0;
-};
-
-// A PictureBox control as a colour swatch, bound to it: the binding shows the colour, a click
-// asks for another and writes it as the operator's.
-class ColourSwatch final : public QFrame {
-  Q_OBJECT
-
- public:
-  ColourSwatch(ControlModel& model, ControlHandle control, QWidget* parent);
-
-  // Asks for a colour, starting from the current one; an invalid colour is a cancel. A colour
-  // dialog unless replaced.
-  std::function<QColor(const QColor& current)> PickColour;
-
- protected:
-  void mousePressEvent(QMouseEvent* event) override;
-
- private:
-  ControlModel& model_;
-  ControlHandle control_;
 };
 
 // Each adds one row under the rows `grid` holds, its widgets children of the grid's widget, and

@@ -12,13 +12,23 @@
 #include <QRadioButton>
 #include <QSignalBlocker>
 
+#include "core/Color.h"
+
 namespace lumivane {
+
+QColor ToQColor(std::int32_t programColor) {
+  const auto c = static_cast<std::uint32_t>(programColor);
+  return QColor(static_cast<int>(c & 0xFF), static_cast<int>((c >> 8) & 0xFF), static_cast<int>((c >> 16) & 0xFF));
+}
+
+std::int32_t ToProgramColor(const QColor& colour) {
+  return ProgramColor(static_cast<std::uint8_t>(colour.red()), static_cast<std::uint8_t>(colour.green()),
+                      static_cast<std::uint8_t>(colour.blue()));
+}
 
 namespace {
 
 constexpr const char* kBindingProperty = "lumivaneBinding";
-
-QString ToQt(const std::string& s) { return QString::fromStdString(s); }
 
 // The editor widgets end lines with LF; the model keeps CR LF as show files do.
 std::string ToModelText(const QString& text) {
@@ -29,14 +39,9 @@ std::string ToModelText(const QString& text) {
 }
 
 QString ToWidgetText(const std::string& text) {
-  QString s = ToQt(text);
+  QString s = ToQString(text);
   s.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
   return s;
-}
-
-QColor ToQColor(std::int32_t programColor) {
-  const auto c = static_cast<std::uint32_t>(programColor);
-  return QColor(static_cast<int>(c & 0xFF), static_cast<int>((c >> 8) & 0xFF), static_cast<int>((c >> 16) & 0xFF));
 }
 
 bool Fits(ControlKind kind, QWidget* w) {
@@ -73,7 +78,7 @@ WidgetBinding* WidgetBinding::Of(const QWidget* widget) {
 WidgetBinding::WidgetBinding(ControlModel& model, ControlHandle control, QWidget* widget)
     : QObject(widget), model_(model), control_(control), widget_(widget) {
   widget->setProperty(kBindingProperty, QVariant::fromValue<QObject*>(this));
-  widget->setObjectName(ToQt(control->StoredName));
+  widget->setObjectName(ToQString(control->StoredName));
   listener_ = model_.Observe(control_, [this](const ControlEvent& e) {
     Show(e.change == ChangeKind::Properties || e.change == ChangeKind::Items);
   });
@@ -159,7 +164,7 @@ void WidgetBinding::Show(bool all) {
   const QSignalBlocker block(w);
   if (all) {
     w->setEnabled(c->Enabled);
-    if (!c->ToolTipText.empty()) w->setToolTip(ToQt(c->ToolTipText));
+    if (!c->ToolTipText.empty()) w->setToolTip(ToQString(c->ToolTipText));
   }
   switch (c->Kind) {
     case ControlKind::Slider: {
@@ -178,12 +183,12 @@ void WidgetBinding::Show(bool all) {
       auto* combo = qobject_cast<QComboBox*>(w);
       if (all) {
         combo->clear();
-        for (const auto& item : c->Items) combo->addItem(ToQt(item));
+        for (const auto& item : c->Items) combo->addItem(ToQString(item));
       }
       if (c->ListIndex >= 0)
         combo->setCurrentIndex(c->ListIndex);
       else if (combo->isEditable())
-        combo->setEditText(ToQt(c->Text));
+        combo->setEditText(ToQString(c->Text));
       else
         combo->setCurrentIndex(-1);
       break;
@@ -192,22 +197,22 @@ void WidgetBinding::Show(bool all) {
       qobject_cast<QCheckBox*>(w)->setCheckState(c->Value == 1   ? Qt::Checked
                                                  : c->Value == 2 ? Qt::PartiallyChecked
                                                                  : Qt::Unchecked);
-      if (all && !c->Caption.empty()) qobject_cast<QCheckBox*>(w)->setText(ToQt(c->Caption));
+      if (all && !c->Caption.empty()) qobject_cast<QCheckBox*>(w)->setText(ToQString(c->Caption));
       break;
     case ControlKind::CommandButton: {
       auto* b = qobject_cast<QAbstractButton*>(w);
       b->setCheckable(c->Toggle);
       if (c->Toggle) b->setChecked(c->Value != 0);
-      if (all && !c->Caption.empty()) b->setText(ToQt(c->Caption));
+      if (all && !c->Caption.empty()) b->setText(ToQString(c->Caption));
       break;
     }
     case ControlKind::OptionButton:
       qobject_cast<QRadioButton*>(w)->setChecked(c->Value != 0);
-      if (all && !c->Caption.empty()) qobject_cast<QRadioButton*>(w)->setText(ToQt(c->Caption));
+      if (all && !c->Caption.empty()) qobject_cast<QRadioButton*>(w)->setText(ToQString(c->Caption));
       break;
     case ControlKind::Label: {
       auto* label = qobject_cast<QLabel*>(w);
-      label->setText(ToQt(c->Caption));
+      label->setText(ToQString(c->Caption));
       // Labels that stand on a pane take their place from the model.
       if (c->Width > 0 && c->Height > 0) label->setGeometry(c->Left, c->Top, c->Width, c->Height);
       break;
@@ -223,7 +228,7 @@ void WidgetBinding::Show(bool all) {
       auto* list = qobject_cast<QListWidget*>(w);
       if (all) {
         list->clear();
-        for (const auto& item : c->ListItems) list->addItem(ToQt(item.Text));
+        for (const auto& item : c->ListItems) list->addItem(ToQString(item.Text));
       }
       list->setSelectionMode(c->MultiSelect ? QAbstractItemView::MultiSelection : QAbstractItemView::SingleSelection);
       for (int i = 0; i < list->count() && i < static_cast<int>(c->ListItems.size()); ++i)
@@ -240,7 +245,7 @@ void WidgetBinding::Show(bool all) {
       }
       break;
     case ControlKind::Frame:
-      if (all) qobject_cast<QGroupBox*>(w)->setTitle(ToQt(c->Caption));
+      if (all) qobject_cast<QGroupBox*>(w)->setTitle(ToQString(c->Caption));
       break;
   }
   // A widget without a parent is a window of its own: showing it is its owner's decision.

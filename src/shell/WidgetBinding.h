@@ -1,13 +1,24 @@
 #pragma once
 
+#include <QColor>
 #include <QObject>
 #include <QPointer>
+#include <QString>
 #include <QWidget>
+#include <cstdint>
+#include <string_view>
 
 #include "core/ControlModel.h"
 
-
 namespace lumivane {
+
+inline QString ToQString(std::string_view s) {
+  return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size()));
+}
+
+// Program colours are 0x00BBGGRR; these convert to and from what Qt shows.
+QColor ToQColor(std::int32_t programColor);
+std::int32_t ToProgramColor(const QColor& colour);
 
 // Ties one Qt widget to one control of the model, both ways: a hand on the widget writes the
 // control (and so runs its change handlers), and any other writer's value shows on the widget.
