@@ -1,14 +1,11 @@
 #include "shell/BackgroundsWindow.h"
 
-#include <QCheckBox>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QGridLayout>
-#include <QGroupBox>
 #include <QHBoxLayout>
 #include <QIntValidator>
-#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPixmap>
@@ -16,7 +13,8 @@
 #include <QVBoxLayout>
 
 #include "forms/BackgroundsForm.h"
-#include "shell/FormRows.h"
+#include "shell/FormBuilder.h"
+#include "shell/PictureTiles.h"
 #include "shell/WidgetBinding.h"
 
 namespace lumivane {
@@ -46,17 +44,11 @@ BackgroundsWindow::BackgroundsWindow(BackgroundsForm& form, QWidget* parent) : Q
   setWindowFlag(Qt::Tool);
   ControlModel& m = form.Model();
   const BackgroundsForm::Controls& c = form.C();
-  auto bind = [&m](auto* widget, ControlHandle control) {
-    WidgetBinding::Bind(m, control, widget);
-    return widget;
-  };
-  auto button = [&](ControlHandle control, QWidget* owner) { return bind(new QPushButton(owner), control); };
+  FormBuilder b(m);
 
   auto* columns = new QHBoxLayout(this);
   auto* left = new QVBoxLayout;
-  auto* right = new QVBoxLayout;
   columns->addLayout(left, 1);
-  columns->addLayout(right);
 
   list_ = new QListWidget(this);
   list_->setViewMode(QListView::IconMode);
@@ -67,7 +59,7 @@ BackgroundsWindow::BackgroundsWindow(BackgroundsForm& form, QWidget* parent) : Q
   list_->setWordWrap(true);
   list_->setUniformItemSizes(true);
   list_->setMinimumSize(4 * (kThumbWidth + 24) + 24, 2 * (kThumbHeight + 3 * fontMetrics().lineSpacing() + 8));
-  bind(list_, c.ListBackgrounds);
+  WidgetBinding::Bind(m, c.ListBackgrounds, list_);
   // Observed after the binding, so each refill it makes is dressed again at once.
   listObserver_ = m.Observe(c.ListBackgrounds, [this](const ControlEvent& e) {
     if (e.change == ChangeKind::Items || e.change == ChangeKind::Properties) DressItems();
@@ -78,66 +70,32 @@ BackgroundsWindow::BackgroundsWindow(BackgroundsForm& form, QWidget* parent) : Q
   });
   left->addWidget(list_, 1);
 
-  auto* load = new QHBoxLayout;
-  load->addWidget(button(c.cmdLoadBackground, this));
-  load->addWidget(button(c.cmdLoadBackGroundFolder, this));
-  load->addWidget(button(c.cmdPlay, this));
-  load->addWidget(button(c.cmdSendBackgroundToOutput, this));
-  left->addLayout(load);
-  auto* edit = new QHBoxLayout;
-  QPushButton* remove = button(c.cmdDeletebackGroundImage, this);
+  left->addLayout(b.Rows(this, {
+      Field::Line({c.cmdLoadBackground, c.cmdLoadBackGroundFolder, c.cmdPlay, c.cmdSendBackgroundToOutput}),
+      Field::Line(
+          {c.cmdDeletebackGroundImage, c.cmdResetBackGroundImages, c.cmdEraseBackgroundOtput, Field::Stretch()}),
+      Field::Line({c.chkComputeAspectRatio, c.chkImageFadeIn, c.chkImageFadeOut, Field::Stretch()}),
+      Field::Group(tr("Feedback"), {Field::Line({c.cmdFeedBack, c.chkHoldBackground, Field::Stretch()}),
+                                    c.SliderRecordFramesPerSecond}),
+      Field::Group(tr("Mask"), {Field::Line({c.cmdEnableMask, c.cmdLockMask, c.cmdLoadMask, c.lblMaskFileName})}),
+  }));
   // Before the click reaches the form, which removes what the model holds as selected.
-  connect(remove, &QPushButton::pressed, this, [this] { StoreSelection(); });
-  edit->addWidget(remove);
-  edit->addWidget(button(c.cmdResetBackGroundImages, this));
-  edit->addWidget(button(c.cmdEraseBackgroundOtput, this));
-  edit->addStretch();
-  left->addLayout(edit);
-  auto* checks = new QHBoxLayout;
-  for (ControlHandle h : {c.chkComputeAspectRatio, c.chkImageFadeIn, c.chkImageFadeOut})
-    checks->addWidget(bind(new QCheckBox(this), h));
-  checks->addStretch();
-  left->addLayout(checks);
+  connect(b.Made<QPushButton>(c.cmdDeletebackGroundImage), &QPushButton::pressed, this, [this] { StoreSelection(); });
 
-  auto* feedback = new QGroupBox(tr("Feedback"), this);
-  auto* feedbackGrid = new QGridLayout(feedback);
-  feedbackGrid->addWidget(button(c.cmdFeedBack, feedback), 0, 0);
-  feedbackGrid->addWidget(bind(new QCheckBox(feedback), c.chkHoldBackground), 0, 1, 1, 2);
-  AddSliderRow(feedbackGrid, m, c.SliderRecordFramesPerSecond, tr("Feedback rate (fps)"));
-  left->addWidget(feedback);
-
-  auto* mask = new QGroupBox(tr("Mask"), this);
-  auto* maskLayout = new QHBoxLayout(mask);
-  maskLayout->addWidget(button(c.cmdEnableMask, mask));
-  maskLayout->addWidget(button(c.cmdLockMask, mask));
-  maskLayout->addWidget(button(c.cmdLoadMask, mask));
-  maskLayout->addWidget(bind(new QLabel(mask), c.lblMaskFileName), 1);
-  left->addWidget(mask);
-
-  auto* look = new QGroupBox(tr("Look"), this);
-  auto* lookGrid = new QGridLayout(look);
-  AddColourRow(lookGrid, m, c.picBackGroundColor, tr("Clear colour"));
-  AddColourRow(lookGrid, m, c.piCFilterColor, tr("Tint"));
-  AddSliderRow(lookGrid, m, c.sliderRandomBackgroundFilterColor, tr("Tint random"));
-  auto* interval = bind(new QLineEdit(look), c.txtTimerInterval);
+  columns->addLayout(b.Rows(this, {
+      Field::Group(tr("Look"), {c.picBackGroundColor, c.piCFilterColor, c.sliderRandomBackgroundFilterColor,
+                                c.txtTimerInterval, c.chkHoldBackgroundTimer,
+                                c.SliderBackGroundPositionRandomX, c.SliderBackGroundPositionRandomY,
+                                c.chkBackGroundPositionUniform,
+                                c.SliderBackgroundSizeRandomX, c.SliderBackgroundSizeRandomY,
+                                c.chkBackGroundSizeUniform,
+                                c.SliderBackgroundTileX, c.SliderBackgroundTileY, c.chkRandomizeTiling,
+                                c.SliderBackGroundOffsetX, c.SliderBackGroundOffsetY, c.chkRandomizeOffset}),
+      Field::Group(tr("Output"), {c.SliderFadeOut, c.chkInvertOutput}),
+      Field::Stretch(),
+  }));
+  auto* interval = b.Made<QLineEdit>(c.txtTimerInterval);
   interval->setValidator(new QIntValidator(0, 24 * 3600 * 1000, interval));
-  const int intervalRow = lookGrid->rowCount();
-  lookGrid->addWidget(new QLabel(tr("Change every (ms)"), look), intervalRow, 0);
-  lookGrid->addWidget(interval, intervalRow, 1, 1, 2);
-  AddCheckRow(lookGrid, m, c.chkHoldBackgroundTimer);
-  AddLayoutRows(lookGrid, m,
-                {c.SliderBackGroundPositionRandomX, c.SliderBackGroundPositionRandomY, c.chkBackGroundPositionUniform,
-                 c.SliderBackgroundSizeRandomX, c.SliderBackgroundSizeRandomY, c.chkBackGroundSizeUniform,
-                 c.SliderBackgroundTileX, c.SliderBackgroundTileY, c.chkRandomizeTiling, c.SliderBackGroundOffsetX,
-                 c.SliderBackGroundOffsetY, c.chkRandomizeOffset});
-  right->addWidget(look);
-
-  auto* output = new QGroupBox(tr("Output"), this);
-  auto* outputGrid = new QGridLayout(output);
-  AddSliderRow(outputGrid, m, c.SliderFadeOut, tr("Brightness"));
-  AddCheckRow(outputGrid, m, c.chkInvertOutput);
-  right->addWidget(output);
-  right->addStretch();
 
   const QString filter = PictureDialogFilter();
   form.ChooseFiles = [this, filter] {

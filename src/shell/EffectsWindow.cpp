@@ -1,21 +1,15 @@
 #include "shell/EffectsWindow.h"
 
-#include <QCheckBox>
-#include <QComboBox>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QGridLayout>
-#include <QGroupBox>
-#include <QHBoxLayout>
 #include <QLabel>
-#include <QLineEdit>
 #include <QPixmap>
-#include <QPushButton>
 #include <QTimer>
-#include <QVBoxLayout>
 
 #include "forms/EffectsForm.h"
-#include "shell/FormRows.h"
+#include "shell/FormBuilder.h"
+#include "shell/PictureTiles.h"
 #include "shell/WidgetBinding.h"
 
 namespace lumivane {
@@ -26,66 +20,31 @@ EffectsWindow::EffectsWindow(EffectsForm& form, QWidget* parent) : QWidget(paren
   setWindowFlag(Qt::Tool);
   ControlModel& m = form.Model();
   const EffectsForm::Controls& c = form.C();
-  auto bind = [&m](auto* widget, ControlHandle control) {
-    WidgetBinding::Bind(m, control, widget);
-    return widget;
-  };
+  FormBuilder b(m);
 
-  auto* layout = new QVBoxLayout(this);
-  auto* checks = new QGridLayout;
-  checks->addWidget(bind(new QCheckBox(this), c.chkEnableEffect), 0, 0);
-  checks->addWidget(bind(new QCheckBox(this), c.chkCaptureEffect), 0, 1);
-  checks->addWidget(bind(new QCheckBox(this), c.chkHoldEffectTimer), 1, 0);
-  checks->addWidget(bind(new QCheckBox(this), c.chkComputeAspectRatio), 1, 1);
-  layout->addLayout(checks);
-
-  auto* blend = new QGroupBox(tr("Blending"), this);
-  auto* blendGrid = new QGridLayout(blend);
-  // Editable, so a blend name that only a show file holds still shows.
-  auto blendBox = [&](ControlHandle control, const QString& caption) {
-    auto* combo = new QComboBox(blend);
-    combo->setEditable(true);
-    combo->setInsertPolicy(QComboBox::NoInsert);
-    bind(combo, control);
-    const int row = blendGrid->rowCount();
-    blendGrid->addWidget(new QLabel(caption, blend), row, 0);
-    blendGrid->addWidget(combo, row, 1);
-  };
-  blendBox(c.cboSourceBlend, tr("Source blend"));
-  blendBox(c.cboTargetBlend, tr("Target blend"));
-  auto* presets = new QHBoxLayout;
-  for (ControlHandle h : {c.cmdEffectBlending1, c.cmdEffectBlending2, c.cmdEffectBlending3, c.cmdEffectBlending4})
-    presets->addWidget(bind(new QPushButton(blend), h));
-  blendGrid->addLayout(presets, blendGrid->rowCount(), 0, 1, 2);
-  blendGrid->setColumnStretch(1, 1);
-  layout->addWidget(blend);
-
-  auto* look = new QGroupBox(tr("Look"), this);
-  auto* lookGrid = new QGridLayout(look);
-  AddColourRow(lookGrid, m, c.picEffectColor, tr("Colour"));
-  AddSliderRow(lookGrid, m, c.SliderEffectColorRandom, tr("Colour random"));
-  AddSliderRow(lookGrid, m, c.SliderEffectTime, tr("Period (ms)"));
-  AddLayoutRows(lookGrid, m,
-                {c.SliderEffectPositionRandomX, c.SliderEffectPositionRandomY, c.chkEffectPositionUniform,
-                 c.SliderEffectSizeRandomX, c.SliderEffectSizeRandomY, c.chkEffectSizeUniform, c.SliderEffectTileX,
-                 c.SliderEffectTileY, c.chkRandomizeTiling, c.SliderEffectOffsetX, c.SliderEffectOffsetY,
-                 c.chkRandomizeOffset});
-  layout->addWidget(look);
-
-  auto* picture = new QGroupBox(tr("Picture"), this);
-  auto* pictureGrid = new QGridLayout(picture);
-  pictureGrid->addWidget(bind(new QPushButton(picture), c.cmdLoadEffectTexture), 0, 0);
-  pictureGrid->addWidget(bind(new QPushButton(picture), c.cmdClearEffectTexture), 0, 1);
-  auto* fileName = bind(new QLineEdit(picture), c.txtEffectFileName);
-  fileName->setReadOnly(true);
-  pictureGrid->addWidget(fileName, 1, 0, 1, 2);
-  preview_ = bind(new QLabel(picture), c.picCurrentEffect);
+  preview_ = new QLabel;
+  WidgetBinding::Bind(m, c.picCurrentEffect, preview_);
   preview_->setFixedSize(kPreviewWidth, kPreviewHeight);
   preview_->setAlignment(Qt::AlignCenter);
-  pictureGrid->addWidget(preview_, 0, 2, 2, 1);
-  pictureGrid->setColumnStretch(1, 1);
-  layout->addWidget(picture);
-  layout->addStretch();
+
+  setLayout(b.Rows(this, {
+      Field::Line({c.chkEnableEffect, c.chkCaptureEffect}),
+      Field::Line({c.chkHoldEffectTimer, c.chkComputeAspectRatio}),
+      // Editable, so a blend name that only a show file holds still shows.
+      Field::Group(tr("Blending"), {{c.cboSourceBlend, Look::Editable},
+                                    {c.cboTargetBlend, Look::Editable},
+                                    Field::Line({c.cmdEffectBlending1, c.cmdEffectBlending2, c.cmdEffectBlending3,
+                                                 c.cmdEffectBlending4})}),
+      Field::Group(tr("Look"), {c.picEffectColor, c.SliderEffectColorRandom, c.SliderEffectTime,
+                                c.SliderEffectPositionRandomX, c.SliderEffectPositionRandomY,
+                                c.chkEffectPositionUniform,
+                                c.SliderEffectSizeRandomX, c.SliderEffectSizeRandomY, c.chkEffectSizeUniform,
+                                c.SliderEffectTileX, c.SliderEffectTileY, c.chkRandomizeTiling,
+                                c.SliderEffectOffsetX, c.SliderEffectOffsetY, c.chkRandomizeOffset}),
+      Field::Group(tr("Picture"), {Field::Line({c.cmdLoadEffectTexture, c.cmdClearEffectTexture, preview_}),
+                                   {c.txtEffectFileName, Look::ReadOnly}}),
+      Field::Stretch(),
+  }));
 
   capture_ = new QTimer(this);
   capture_->setObjectName(QStringLiteral("TimerEffectCapture"));

@@ -221,11 +221,18 @@ void FormBuilder::AddRow(QGridLayout* grid, int row, QWidget* owner, const Field
   QWidget* w = Make(field.control_, owner, field.look_);
   if (w == nullptr) return;
   const ControlKind kind = field.control_->Kind;
+  const Look look = field.look_ | defaults_;
   QLabel* caption = CaptionsItself(kind) ? nullptr : CaptionFor(field.control_, owner, w);
-  // Without a caption the widget takes the caption's column as well.
-  const int column = caption != nullptr ? 1 : 0;
+  // Without a caption the widget takes the caption's column as well, unless it stands indented.
+  const int column = caption != nullptr || Has(look, Look::Indented) ? 1 : 0;
   if (caption != nullptr) grid->addWidget(caption, row, 0);
-  if (kind == ControlKind::Slider) {
+  const bool lines = kind == ControlKind::TextBox && Has(look, Look::Lines);
+  if (lines) {
+    // A text of several lines takes the page's spare height; its caption stays at its top.
+    if (caption != nullptr) grid->setAlignment(caption, Qt::AlignTop);
+    grid->setRowStretch(row, 1);
+  }
+  if (kind == ControlKind::Slider && !Has(look, Look::NoValue)) {
     grid->addWidget(w, row, column, 1, 2 - column);
     grid->addWidget(ValueFor(field.control_, owner), row, 2);
   } else if (kind == ControlKind::PictureBox) {

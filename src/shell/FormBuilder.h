@@ -46,6 +46,8 @@ enum class Look : std::uint8_t {
   Editable = 1 << 0,  // a combo box that shows and takes any text, not only its items
   Lines = 1 << 1,     // a text box of several lines
   ReadOnly = 1 << 2,  // a text box that only shows
+  Indented = 1 << 3,  // without a caption, under the widget of the row above (a slider's text box)
+  NoValue = 1 << 4,   // a slider whose value a text box beside it shows
 };
 constexpr Look operator|(Look a, Look b) noexcept {
   return static_cast<Look>(static_cast<std::uint8_t>(a) | static_cast<std::uint8_t>(b));

@@ -1,25 +1,21 @@
 #include "shell/MainWindow.h"
 
-#include <QCheckBox>
-#include <QCloseEvent>
-#include <QComboBox>
 #include <QApplication>
-#include <QGroupBox>
+#include <QCloseEvent>
+#include <QGridLayout>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QImage>
 #include <QLabel>
 #include <QPixmap>
-#include <QPushButton>
-#include <QRadioButton>
 #include <QScreen>
 #include <QVBoxLayout>
 
 #include "forms/MainForm.h"
 #include "lumivane/Version.h"
+#include "shell/FormBuilder.h"
 #include "shell/TextEditorPanel.h"
 #include "shell/TextPane.h"
-#include "shell/WidgetBinding.h"
 
 namespace lumivane {
 
@@ -30,54 +26,32 @@ MainWindow::MainWindow(MainForm& form, QWidget* parent) : QMainWindow(parent), f
   const MainForm::PlaybackControls& p = form.Playback();
 
   auto* central = new QWidget(this);
-  auto* columns = new QHBoxLayout(central);
+  auto* panel = new TextEditorPanel(form, central);
   auto* left = new QVBoxLayout;
-  columns->addLayout(left, 3);
-  columns->addWidget(new TextEditorPanel(form, central), 2);
   left->addWidget(new TextPane(form, central), 1);
-  auto* layout = left;
-  auto bind = [&](QWidget* widget, ControlHandle control) {
-    WidgetBinding::Bind(model, control, widget);
-    return widget;
-  };
-
-  auto* transport = new QHBoxLayout;
-  for (ControlHandle h : {p.cmdPlay, p.cmdPause, p.CmdStop, p.cmdReset}) transport->addWidget(bind(new QPushButton(central), h));
-  transport->addWidget(bind(new QCheckBox(central), p.chkFPSLimiter));
-  transport->addStretch();
-  layout->addLayout(transport);
-
-  auto* output = new QHBoxLayout;
-  output->addWidget(new QLabel(tr("Output:"), central));
-  auto* resolution = new QComboBox(central);
-  resolution->setEditable(true);
-  output->addWidget(bind(resolution, p.cboResolution));
-  output->addWidget(bind(new QPushButton(central), p.cmdLockResolution));
-  output->addWidget(bind(new QComboBox(central), p.cboMonitors));
-  output->addWidget(bind(new QPushButton(central), p.cmdFullScreen));
-  output->addWidget(bind(new QCheckBox(central), p.chkAlwaysOnTop));
-  output->addStretch();
-  layout->addLayout(output);
-
-  auto* preview = new QHBoxLayout;
-  preview->addWidget(bind(new QPushButton(central), p.cmdPreview));
-  preview->addWidget(bind(new QRadioButton(central), p.optPreview4FPS));
-  preview->addWidget(bind(new QRadioButton(central), p.optPreview8FPS));
-  preview->addStretch();
-  layout->addLayout(preview);
 
   // The output monitor; it shows the frame once the render device can read it back.
-  auto* frame = new QGroupBox(central);
-  auto* monitor = new QLabel(frame);
-  monitor_ = monitor;
-  monitor->setAlignment(Qt::AlignCenter);
-  monitor->setMinimumSize(320, 180);
-  monitor->setAutoFillBackground(true);
-  QPalette black = monitor->palette();
+  monitor_ = new QLabel;
+  monitor_->setAlignment(Qt::AlignCenter);
+  monitor_->setMinimumSize(320, 180);
+  monitor_->setAutoFillBackground(true);
+  QPalette black = monitor_->palette();
   black.setColor(QPalette::Window, Qt::black);
-  monitor->setPalette(black);
-  (new QVBoxLayout(frame))->addWidget(monitor);
-  layout->addWidget(bind(frame, p.framePreview));
+  monitor_->setPalette(black);
+
+  FormBuilder b(model);
+  left->addLayout(b.Rows(central, {
+      Field::Line({p.cmdPlay, p.cmdPause, p.CmdStop, p.cmdReset, p.chkFPSLimiter, Field::Stretch()}),
+      // A resolution may be typed as well as picked.
+      Field::Line({{p.cboResolution, Look::Editable}, p.cmdLockResolution, p.cboMonitors, p.cmdFullScreen,
+                   p.chkAlwaysOnTop, Field::Stretch()}),
+      Field::Line({p.cmdPreview, p.optPreview4FPS, p.optPreview8FPS, Field::Stretch()}),
+      Field::Group(p.framePreview, {monitor_}),
+  }));
+
+  auto* columns = new QHBoxLayout(central);
+  columns->addLayout(left, 3);
+  columns->addWidget(panel, 2);
   setCentralWidget(central);
 
   form.CaptionChanged = [this](const std::string& caption) { setWindowTitle(QString::fromStdString(caption)); };

@@ -1,17 +1,14 @@
 #include "shell/OutputConfigurationWindow.h"
 
-#include <QCheckBox>
-#include <QComboBox>
-#include <QHBoxLayout>
+#include <QGridLayout>
 #include <QHeaderView>
-#include <QLabel>
 #include <QPointer>
-#include <QPushButton>
 #include <QSignalBlocker>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
 #include "forms/OutputConfigurationForm.h"
+#include "shell/FormBuilder.h"
 #include "shell/WidgetBinding.h"
 
 namespace lumivane {
@@ -71,16 +68,10 @@ class OutputListBinding final : public QObject {
 
 OutputConfigurationWindow::OutputConfigurationWindow(OutputConfigurationForm& form, QWidget* parent)
     : QWidget(parent) {
-  setObjectName(QString::fromUtf8(OutputConfigurationForm::kFormName.data(),
-                                  static_cast<qsizetype>(OutputConfigurationForm::kFormName.size())));
+  setObjectName(ToQString(OutputConfigurationForm::kFormName));
   setWindowTitle(tr("Output Configuration"));
   ControlModel& model = form.Model();
   const auto& c = form.Controls();
-  auto bind = [&](QWidget* widget, ControlHandle control) {
-    WidgetBinding::Bind(model, control, widget);
-    return widget;
-  };
-
   auto* layout = new QVBoxLayout(this);
   outputs_ = new QTreeWidget(this);
   outputs_->setObjectName(QStringLiteral("ListOutputs"));
@@ -96,16 +87,11 @@ OutputConfigurationWindow::OutputConfigurationWindow(OutputConfigurationForm& fo
   new OutputListBinding(model, c.ListOutputs, outputs_);
   layout->addWidget(outputs_, 1);
 
-  auto* buttons = new QHBoxLayout;
-  for (ControlHandle h : {c.cmdX, c.cmdY, c.cmdReset}) buttons->addWidget(bind(new QPushButton(this), h));
-  layout->addLayout(buttons);
-
-  auto* count = new QHBoxLayout;
-  count->addWidget(new QLabel(tr("Outputs:"), this));
-  count->addWidget(bind(new QComboBox(this), c.cboOutputCount));
-  count->addStretch();
-  count->addWidget(bind(new QCheckBox(this), c.chkIdentify));
-  layout->addLayout(count);
+  FormBuilder b(model);
+  layout->addLayout(b.Rows(this, {
+      Field::Line({c.cmdX, c.cmdY, c.cmdReset}),
+      Field::Line({c.cboOutputCount, Field::Stretch(), c.chkIdentify}),
+  }));
 }
 
 }  // namespace lumivane

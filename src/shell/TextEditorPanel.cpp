@@ -52,8 +52,8 @@ TextEditorPanel::TextEditorPanel(MainForm& form, QWidget* parent) : QWidget(pare
                              c.cbo3DExtrude, c.chkRandomizeFont}),
                tr("Look"));
 
-  tabs->addTab(b.Page(tabs, {c.SliderSelfTime, c.txtSelfTime, c.chkRandomizeTime, c.chkFlashText, c.chkSequenceText,
-                             c.SliderSequenceTimer, c.txtSequenceTimer, c.chkRandomizeSequence, c.cmdTimerDefault,
+  tabs->addTab(b.Page(tabs, {{c.SliderSelfTime, Look::NoValue}, {c.txtSelfTime, Look::Indented}, c.chkRandomizeTime, c.chkFlashText, c.chkSequenceText,
+                             {c.SliderSequenceTimer, Look::NoValue}, {c.txtSequenceTimer, Look::Indented}, c.chkRandomizeSequence, c.cmdTimerDefault,
                              c.cmdTimeShuffle, c.cmdTimeSynchronize, c.cmdFlashAll, c.cmdFlashOff, c.cmdFlashInvert,
                              c.cmdFlashRandom, c.cmdSequenceRandom}),
                tr("Timer"));

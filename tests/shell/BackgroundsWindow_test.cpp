@@ -16,7 +16,7 @@
 
 #include "forms/BackgroundsForm.h"
 #include "forms/MainForm.h"
-#include "shell/FormRows.h"
+#include "shell/FormBuilder.h"
 #include "support/EngineFixture.h"
 #include "support/QtWait.h"
 #include "support/FakeMsgBox.h"

@@ -185,5 +185,24 @@ TEST_F(FormBuilderTest, LinesGroupsAndTheWindowsOwnWidgets) {
   EXPECT_FALSE(qobject_cast<QComboBox*>(b.Made(count))->isEditable());
 }
 
+// A slider whose value its text box shows: no value label, and the text box stands under the
+// slider rather than across the caption's column; a text of several lines takes the spare height.
+TEST_F(FormBuilderTest, ASliderWithItsTextBoxAndATextOfLines) {
+  ControlHandle timer = Add(ControlKind::Slider, "SliderSelfTime", "Timer [ms]");
+  ControlHandle typed = Add(ControlKind::TextBox, "txtSelfTime");
+  ControlHandle editor = Add(ControlKind::TextBox, "txtEditor", "Custom Text");
+
+  FormBuilder b(model);
+  QWidget* page = b.Page(&window, {{timer, Look::NoValue}, {typed, Look::Indented}, {editor, Look::Lines}});
+
+  auto* grid = qobject_cast<QGridLayout*>(page->layout());
+  ASSERT_NE(grid, nullptr);
+  EXPECT_EQ(page->findChild<QLabel*>("SliderSelfTimeValue"), nullptr);
+  EXPECT_EQ(CellOf(grid, b.Made(timer)), (Cell{0, 1, 2}));
+  EXPECT_EQ(CellOf(grid, b.Made(typed)), (Cell{1, 1, 2}));
+  ASSERT_NE(b.Made<QPlainTextEdit>(editor), nullptr);
+  EXPECT_EQ(grid->rowStretch(2), 1);
+}
+
 }  // namespace
 }  // namespace lumivane
