@@ -185,7 +185,7 @@ void WriteFields(pugi::xml_node parent, std::span<const Field> fields, MainForm&
       case Type::Resolution:
       case Type::Text: AppendValue(parent, f.name, ControlModel::Text(c)); break;
       case Type::Flag:
-      case Type::Playing: AppendValue(parent, f.name, ControlModel::Checked(c) ? "1" : "0"); break;
+      case Type::Playing: AppendFlag(parent, f.name, ControlModel::Checked(c)); break;
       case Type::Slider: AppendValue(parent, f.name, std::to_string(ControlModel::Value(c))); break;
       case Type::Colour: AppendValue(parent, f.name, std::to_string(ControlModel::BackColor(c))); break;
       // The output reads the box's leading number; a typed "300 ms" is stored as what it means.
@@ -324,41 +324,30 @@ void ApplyGlobal(MainForm& form, const GlobalSettings& s) {
 
 void XmlWriteLastBackGroundMesh(pugi::xml_node root, const BackGroundMesh& mesh) {
   const pugi::xml_node node = root.append_child("LastBackGroundMesh");
-  AppendValue(node, "X0", FormatNumber(mesh.X0));
-  AppendValue(node, "Y0", FormatNumber(mesh.Y0));
-  AppendValue(node, "DU", FormatNumber(mesh.DU));
-  AppendValue(node, "DV", FormatNumber(mesh.DV));
-  AppendValue(node, "MeshHeight", std::to_string(mesh.MeshHeight));
-  AppendValue(node, "MeshWidth", std::to_string(mesh.MeshWidth));
-  AppendValue(node, "RenderElementColor", std::to_string(mesh.RenderElementColor));
-  AppendValue(node, "DUFeedBackFactor", FormatNumber(mesh.DUFeedBackFactor));
-  AppendValue(node, "DVFeedBackFactor", FormatNumber(mesh.DVFeedBackFactor));
+  AppendNumber(node, "X0", mesh.X0);
+  AppendNumber(node, "Y0", mesh.Y0);
+  AppendNumber(node, "DU", mesh.DU);
+  AppendNumber(node, "DV", mesh.DV);
+  AppendNumber(node, "MeshHeight", mesh.MeshHeight);
+  AppendNumber(node, "MeshWidth", mesh.MeshWidth);
+  AppendNumber(node, "RenderElementColor", mesh.RenderElementColor);
+  AppendNumber(node, "DUFeedBackFactor", mesh.DUFeedBackFactor);
+  AppendNumber(node, "DVFeedBackFactor", mesh.DVFeedBackFactor);
 }
 
 std::optional<BackGroundMesh> XmlReadLastBackGroundMesh(pugi::xml_node root, const BackGroundMesh& current) {
   const pugi::xml_node node = Child(root, "LastBackGroundMesh");
   if (!node) return std::nullopt;
   BackGroundMesh mesh = current;
-  auto number = [&](std::string_view name) -> std::optional<double> {
-    const pugi::xml_node n = Child(node, name);
-    return n ? ParseNumber(n.text().get()) : std::nullopt;
-  };
-  auto real = [&](std::string_view name, double& field) {
-    if (const auto v = number(name)) field = *v;
-  };
-  auto whole = [&](std::string_view name, std::int32_t& field) {
-    if (const auto v = number(name))
-      if (const auto i = ToInt32(*v)) field = *i;
-  };
   auto single = [&](std::string_view name, float& field) {
-    if (const auto v = number(name); v && std::fabs(*v) <= FLT_MAX) field = static_cast<float>(*v);
+    if (const auto v = ChildNumber(node, name); v && std::fabs(*v) <= FLT_MAX) field = static_cast<float>(*v);
   };
-  real("X0", mesh.X0);
-  real("Y0", mesh.Y0);
-  real("DU", mesh.DU);
-  real("DV", mesh.DV);
-  whole("MeshHeight", mesh.MeshHeight);
-  whole("MeshWidth", mesh.MeshWidth);
+  StoreNumber(ChildNumber(node, "X0"), mesh.X0);
+  StoreNumber(ChildNumber(node, "Y0"), mesh.Y0);
+  StoreNumber(ChildNumber(node, "DU"), mesh.DU);
+  StoreNumber(ChildNumber(node, "DV"), mesh.DV);
+  StoreNumber(ChildNumber(node, "MeshHeight"), mesh.MeshHeight);
+  StoreNumber(ChildNumber(node, "MeshWidth"), mesh.MeshWidth);
   if (const pugi::xml_node n = Child(node, "RenderElementColor"))
     if (const auto v = ParseWord(n.text().get())) mesh.RenderElementColor = *v;
   single("DUFeedBackFactor", mesh.DUFeedBackFactor);

@@ -4,7 +4,9 @@
 #include <cmath>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <type_traits>
+#include <variant>
 
 #include "core/Numbers.h"
 #include "persistence/XmlDocument.h"
@@ -21,178 +23,24 @@ std::string ReplaceAll(std::string s, std::string_view from, std::string_view to
   return s;
 }
 
-// ---- Writing ---------------------------------------------------------------------------------------
+std::string Numbered(std::size_t number, std::string_view item) { return std::to_string(number) + std::string(item); }
 
 struct Writer {
   pugi::xml_node node;
   void Text(std::string_view name, std::string_view value) const { AppendValue(node, name, value); }
-  void Number(std::string_view name, double value) const { Text(name, FormatNumber(value)); }
-  void Flag(std::string_view name, bool value) const { Text(name, value ? "1" : "0"); }
+  void Number(std::string_view name, double value) const { AppendNumber(node, name, value); }
+  void Flag(std::string_view name, bool value) const { AppendFlag(node, name, value); }
   Writer Block(std::string_view name) const {
     pugi::xml_node parent = node;  // a handle: the copy appends to the same element
     return {parent.append_child(XmlDocument::ChildName(name).c_str())};
   }
 };
 
-void WriteCounter(const Writer& parent, const Counter& c) {
-  const Writer w = parent.Block("Counter");
-  w.Number("Value", c.Value);
-  w.Number("Offset", c.Offset);
-  w.Text("ValueType", c.ValueType);
-  w.Text("Direction", c.Direction);
-  w.Number("MinDigits", c.MinDigits);
-  w.Number("MaxDigits", c.MaxDigits);
-  w.Number("LineBreak", c.LineBreak);
-}
-
-void WritePhase(const Writer& w, std::string_view name, const PhaseParameter& p) {
-  const std::string n(name);
-  w.Number(n, p.Value);
-  w.Number(n + "Start", p.Start);
-  w.Number(n + "Length", p.Length);
-  w.Number(n + "Direction", p.Direction);
-  w.Text(n + "PlayBackMode", p.PlayBackMode);
-}
-
-void WriteParticle(const Writer& parent, const ParticleSystem& p) {
-  const Writer w = parent.Block("Particle");
-  w.Number("Count", p.Count);
-  w.Number("SelfTime", p.SelfTime);
-  w.Number("LifeTime", p.LifeTime);
-  w.Text("LifeMode", p.LifeMode);
-  w.Text("SpreadMode", p.SpreadMode);
-  w.Flag("SpreadInitialized", p.SpreadInitialized);
-  w.Flag("SpreadUniform", p.SpreadUniform);
-  w.Flag("AngleUnfiorm", p.AngleUniform);
-  w.Flag("PhaseSizeUniform", p.PhaseSizeUniform);
-  w.Flag("PhaseRotateUniform", p.PhaseRotateUniform);
-  WritePhase(w, "SpreadX", p.SpreadX);
-  WritePhase(w, "SpreadY", p.SpreadY);
-  WritePhase(w, "AngleTheta", p.AngleTheta);
-  WritePhase(w, "AnglePhi", p.AnglePhi);
-  WritePhase(w, "PhaseSize", p.PhaseSize);
-  WritePhase(w, "PhaseRotate", p.PhaseRotate);
-  const Writer coords = w.Block("SpreadCoords");
-  coords.Number("Count", static_cast<double>(p.SpreadCoords.size()));
-  for (std::size_t i = 0; i < p.SpreadCoords.size(); ++i) {
-    const Writer c = coords.Block(std::to_string(i + 1) + "SpreadCoord");
-    c.Number("X", p.SpreadCoords[i].X);
-    c.Number("Y", p.SpreadCoords[i].Y);
-  }
-}
-
-void WriteOne(const Writer& w, const TextObject& t) {
-  w.Number("Index", t.Index);
-  w.Number("Color", t.Color);
-  w.Text("AlignX", t.AlignX);
-  w.Text("TextType", t.TextType);
-  w.Number("SelfTime", t.SelfTime);
-  w.Flag("Vertical", t.Vertical);
-  w.Flag("Clip", t.Clip);
-  w.Number("RandomizeX", t.RandomizeX);
-  w.Number("RandomizeY", t.RandomizeY);
-  // For old readers: the sum as one range, and RandomizeY once more, as the old writer did.
-  w.Number("RandomizeXY", std::floor(static_cast<double>(t.RandomizeX) + t.RandomizeY));
-  w.Number("RandomizeXYManual", t.RandomizeXYManual);
-  w.Number("RandomizeY", t.RandomizeY);
-  w.Number("RandomizeFontSize", t.RandomizeFontSize);
-  w.Number("RandomizeFontSizeManual", t.RandomizeFontSizeManual);
-  w.Flag("PulseFontSize", t.PulseFontSize);
-  w.Number("RadomizeColor", t.RandomizeColor);
-  w.Flag("PulseFontColor", t.PulseFontColor);
-  w.Number("FONT_SIZE_ZERO", t.FONT_SIZE_ZERO);
-  w.Flag("FlashText", t.FlashText);
-  w.Flag("TextTitleMode", t.TextTitleMode);
-  w.Flag("TextTickerMode", t.TextTickerMode);
-  w.Number("SequenceCounter", t.SequenceCounter);
-  w.Flag("SequenceText", t.SequenceText);
-  w.Number("SequenceTime", t.SequenceTime);
-  WriteParticle(w, t.Particle);
-  const Writer position = w.Block("Position");
-  position.Number("Top", t.Top);
-  position.Number("Bottom", t.Bottom);
-  position.Number("Left", t.Left);
-  position.Number("Right", t.Right);
-  w.Flag("Text3D", t.Text3D);
-  w.Number("BackGroundColor", t.BackGroundColor);
-  w.Flag("AlphaBlend", t.AlphaBlend);
-  w.Number("Extrude3D", t.Extrude3D);
-  w.Flag("RandomizeFont", t.RandomizeFont);
-  const Writer dictionary = w.Block("Dictionary");
-  dictionary.Text("FileName", t.FileName);
-  dictionary.Number("WordLength", t.WordLength);
-  dictionary.Text("ExcludeCharacters", t.ExcludeCharacters);
-  dictionary.Flag("ExactWordLength", t.ExactWordLength);
-  dictionary.Flag("Cut", t.Cut);
-  dictionary.Flag("LowerCase", t.LowerCase);
-  dictionary.Flag("UpperCase", t.UpperCase);
-  dictionary.Flag("MixedCase1", t.MixedCase1);
-  dictionary.Flag("MixedCase2", t.MixedCase2);
-  dictionary.Number("LineBreak", t.LineBreak);
-  dictionary.Number("WordsPerRow", t.WordsPerRow);
-  dictionary.Flag("Binary", t.Binary);
-  dictionary.Flag("EditorSplitLines", t.EditorSplitLines);
-  dictionary.Text("WordStart", t.WordStart);
-  dictionary.Text("WordEnd", t.WordEnd);
-  WriteCounter(dictionary, t.DictionaryCounter);
-  w.Text("CurrentText", t.CurrentText);
-  WriteCounter(w, t.Counter);
-  const Writer words = w.Block("Words");
-  words.Number("WordCount", static_cast<double>(t.Words.size()));
-  for (std::size_t i = 0; i < t.Words.size(); ++i)
-    words.Text(std::to_string(i + 1) + "Word", ReplaceAll(t.Words[i], "\r\n", kCrLfMarker));
-  const Writer font = w.Block("Font");
-  font.Text("FontName", t.Font.Name);
-  font.Number("FontSize", t.Font.Size);
-  font.Flag("FontBold", t.Font.Bold);
-  font.Flag("FontItalic", t.Font.Italic);
-  font.Flag("FontUnderLine", t.Font.Underline);
-  font.Flag("FontStrikeTrough", t.Font.Strikethrough);
-  const Writer rotation = w.Block("Rotation");
-  rotation.Number("AngleX", t.Rotation.AngleX);
-  rotation.Number("AngleY", t.Rotation.AngleY);
-  rotation.Number("AngleZ", t.Rotation.AngleZ);
-  rotation.Flag("World", t.Rotation.World);
-  rotation.Flag("LoopX", t.Rotation.LoopX);
-  rotation.Flag("LoopY", t.Rotation.LoopY);
-  rotation.Flag("LoopZ", t.Rotation.LoopZ);
-  rotation.Number("CurrentAngleX", t.Rotation.CurrentAngleX);
-  rotation.Number("CurrentAngleY", t.Rotation.CurrentAngleY);
-  rotation.Number("CurrentAngleZ", t.Rotation.CurrentAngleZ);
-  rotation.Number("FineTuneRotationAngle", t.Rotation.FineTuneRotationAngle);
-  w.Text("Shape3DType", t.Shape3DType);
-  w.Number("Shape3DRenderMesh", t.Shape3DRenderMesh);
-  const Writer circle = w.Block("Circle3D");
-  circle.Number("Radius", t.Circle3D.Radius);
-  circle.Number("Smoothness", t.Circle3D.Smoothness);
-  circle.Number("Tiling", t.Circle3D.Tiling);
-  const Writer wave = w.Block("Wave3D");
-  wave.Number("Amplitude", t.Wave3D.Amplitude);
-  wave.Number("Size", t.Wave3D.Size);
-  wave.Number("Phase", t.Wave3D.Phase);
-  wave.Number("Tiling", t.Wave3D.Tiling);
-  const Writer spiral = w.Block("Spiral3D");
-  spiral.Number("Radius", t.Spiral3D.Radius);
-  spiral.Number("RevolutionCount", t.Spiral3D.RevolutionCount);
-  spiral.Number("Smoothness", t.Spiral3D.Smoothness);
-  spiral.Number("Tiling", t.Spiral3D.Tiling);
-  w.Text("TextBoxTextureFileName", t.TextBoxTextureFileName);
-  w.Number("VideoLockToTextBox", t.VideoLockToTextBox);
-  w.Text("Mesh3DFileName", t.Mesh3DFileName);
-  w.Number("Mesh3DZ", t.Mesh3DZ);
-  w.Text("Mesh3DInfo", ReplaceAll(t.Mesh3DInfo, "\r\n", kCrLfMarker));
-  w.Number("Mesh3DPreserveTextures", t.Mesh3DPreserveTextures);
-  w.Number("EnableRender", t.EnableRender);
-}
-
-// ---- Reading ---------------------------------------------------------------------------------------
-
 // Reads values from one element's children; each read leaves the field alone when the element is
 // missing or does not hold a number.
 struct Reader {
   pugi::xml_node node;
   pugi::xml_node Node(std::string_view name) const { return Child(node, name); }
-  bool Has(std::string_view name) const { return static_cast<bool>(Node(name)); }
   Reader Block(std::string_view name) const { return {Node(name)}; }
   bool Text(std::string_view name, std::string& out) const {
     const pugi::xml_node n = Node(name);
@@ -201,238 +49,453 @@ struct Reader {
     return true;
   }
   // Numbers as the old writer's locale wrote them: a decimal comma reads as a point.
-  std::optional<double> Value(std::string_view name) const {
-    const pugi::xml_node n = Node(name);
-    if (!n) return std::nullopt;
-    std::string s = n.text().get();
-    std::replace(s.begin(), s.end(), ',', '.');
-    return ParseNumber(s);
-  }
   template <class T>
   bool Number(std::string_view name, T& out) const {
-    const auto v = Value(name);
-    if (!v) return false;
-    if constexpr (std::is_same_v<T, bool>) {
-      out = *v != 0.0;
-    } else if constexpr (std::is_integral_v<T>) {
-      const auto i = ToInt32(*v);
-      if (!i) return false;
-      out = static_cast<T>(*i);
-    } else {
-      out = static_cast<T>(*v);
-    }
-    return true;
+    return StoreNumber(ChildNumber(node, name, Decimal::PointOrComma), out);
   }
 };
 
-void ReadCounter(const Reader& parent, Counter& c) {
-  const Reader r = parent.Block("Counter");
-  r.Number("Value", c.Value);
-  r.Number("Offset", c.Offset);
-  r.Text("ValueType", c.ValueType);
-  r.Text("Direction", c.Direction);
-  r.Number("MinDigits", c.MinDigits);
-  r.Number("MaxDigits", c.MaxDigits);
-  if (!r.Number("LineBreak", c.LineBreak)) c.LineBreak = 1;
+// Lists are a count, then items named 1Word, 2Word, ... Reading stops at the first item missing,
+// whatever the count promised, and never goes past `most`.
+template <class Each>
+void WriteNumbered(const Writer& list, std::string_view count, std::string_view item, std::size_t size, Each each) {
+  list.Number(count, static_cast<double>(size));
+  for (std::size_t i = 0; i < size; ++i) each(list.Block(Numbered(i + 1, item)), i);
 }
 
-void ReadPhase(const Reader& r, std::string_view name, PhaseParameter& p) {
-  const std::string n(name);
-  r.Number(n, p.Value);
-  r.Number(n + "Start", p.Start);
-  r.Number(n + "Length", p.Length);
-  r.Number(n + "Direction", p.Direction);
-  r.Text(n + "PlayBackMode", p.PlayBackMode);
+template <class Each>
+void ReadNumbered(const Reader& list, std::string_view count, std::string_view item, std::int32_t most, Each each) {
+  std::int32_t size = 0;
+  list.Number(count, size);
+  for (std::int32_t i = 1; i <= std::clamp(size, 0, most); ++i) {
+    const Reader one = list.Block(Numbered(static_cast<std::size_t>(i), item));
+    if (!one.node) break;
+    each(one, i);
+  }
 }
 
-void ReadParticle(const Reader& text, ParticleSystem& p) {
-  if (!text.Has("Particle")) {
-    // Older files: the copies as OutputMultiplier, the particle set at its defaults.
-    std::int32_t copies = 1;
-    text.Number("OutputMultiplier", copies);
-    p = ParticleSystem{};
-    p.Count = std::max(1, copies);
-    p.Particles.assign(1, ParticleState{});
+// ---- The field table -------------------------------------------------------------------------------
+
+template <class R>
+using Member = std::variant<std::monostate, std::int32_t R::*, float R::*, double R::*, bool R::*, std::string R::*>;
+
+// One stored element of a record R: its name as files spell it and the member it holds, written
+// and read by the same entry. Numbers are written in the shortest plain decimal, flags as 1 or 0,
+// text as it is. Nested blocks, lists and what old files need are said by the builders below.
+template <class R>
+struct Field {
+  using Record = R;
+  using Write = void (*)(const Writer&, std::string_view name, const R&);
+  using Read = void (*)(const Reader&, std::string_view name, R&);
+
+  std::string_view name;
+  Member<R> member;
+  Write write = nullptr;  // instead of writing the member
+  Read read = nullptr;    // instead of reading the member
+  // What a file without the element, or with one that does not read, gives.
+  std::optional<double> missing;
+  // Where older files kept the value, as "Block/Element"; tried when the element is not there.
+  std::string_view old;
+  bool lines = false;      // text whose CR LF is stored as $CRLF$
+  bool writeOnly = false;  // read with another entry, or only there for readers of older files
+
+  constexpr Field Missing(double value) const { return With([&](Field& f) { f.missing = value; }); }
+  constexpr Field Old(std::string_view path) const { return With([&](Field& f) { f.old = path; }); }
+  constexpr Field Lines() const { return With([](Field& f) { f.lines = true; }); }
+  constexpr Field Reads(Read how) const { return With([&](Field& f) { f.read = how; }); }
+  constexpr Field WriteOnly() const { return With([](Field& f) { f.writeOnly = true; }); }
+
+ private:
+  template <class Change>
+  constexpr Field With(Change change) const {
+    Field f = *this;
+    change(f);
+    return f;
+  }
+};
+
+template <class R, class V>
+constexpr Field<R> F(std::string_view name, V R::*member) {
+  Field<R> f{};
+  f.name = name;
+  // Copied from a built variant: converting assignment is not constant-evaluable under clang.
+  f.member = Member<R>(member);
+  return f;
+}
+
+// An element whose writing and reading are its own: lists and values derived from others.
+template <class R>
+constexpr Field<R> Special(std::string_view name, typename Field<R>::Write write, typename Field<R>::Read read) {
+  Field<R> f{};
+  f.name = name;
+  f.write = write;
+  f.read = read;
+  return f;
+}
+
+template <class Fields>
+using RecordOf = typename std::remove_cvref_t<decltype(std::declval<const Fields&>()[0])>::Record;
+
+template <class Value>
+void WriteValue(const Writer& w, const std::string& name, const Value& value, bool lines) {
+  if constexpr (std::is_same_v<Value, bool>)
+    w.Flag(name, value);
+  else if constexpr (std::is_same_v<Value, std::string>)
+    w.Text(name, lines ? ReplaceAll(value, "\r\n", kCrLfMarker) : value);
+  else
+    w.Number(name, static_cast<double>(value));
+}
+
+template <class Value>
+bool ReadValue(const Reader& r, std::string_view name, Value& value, bool lines) {
+  if constexpr (std::is_same_v<Value, std::string>) {
+    if (!r.Text(name, value)) return false;
+    if (lines) value = ReplaceAll(value, kCrLfMarker, "\r\n");
+    return true;
+  } else {
+    return r.Number(name, value);
+  }
+}
+
+// `prefix` goes before every name: the fields of a group (SpreadX, SpreadXStart, ...).
+template <class Fields, class R = RecordOf<Fields>>
+void WriteFields(const Writer& w, const Fields& fields, const R& record, std::string_view prefix = {}) {
+  for (const Field<R>& f : fields) {
+    const std::string name = std::string(prefix) + std::string(f.name);
+    if (f.write != nullptr) {
+      f.write(w, name, record);
+      continue;
+    }
+    std::visit(
+        [&](auto member) {
+          if constexpr (!std::is_same_v<decltype(member), std::monostate>) WriteValue(w, name, record.*member, f.lines);
+        },
+        f.member);
+  }
+}
+
+template <class Fields, class R = RecordOf<Fields>>
+void ReadFields(const Reader& r, const Fields& fields, R& record, std::string_view prefix = {}) {
+  for (const Field<R>& f : fields) {
+    if (f.writeOnly) continue;
+    const std::string name = std::string(prefix) + std::string(f.name);
+    if (f.read != nullptr) {
+      f.read(r, name, record);
+      continue;
+    }
+    std::visit(
+        [&](auto member) {
+          if constexpr (!std::is_same_v<decltype(member), std::monostate>) {
+            auto& value = record.*member;
+            bool read = ReadValue(r, name, value, f.lines);
+            if (!read && !f.old.empty()) {
+              const std::size_t slash = f.old.find('/');
+              read = ReadValue(r.Block(f.old.substr(0, slash)), f.old.substr(slash + 1), value, f.lines);
+            }
+            if constexpr (std::is_arithmetic_v<std::remove_reference_t<decltype(value)>>) {
+              if (!read && f.missing) value = static_cast<std::remove_reference_t<decltype(value)>>(*f.missing);
+            }
+          }
+        },
+        f.member);
+  }
+}
+
+// A child element holding more fields of the same record.
+template <const auto& Table>
+constexpr auto Block(std::string_view name) {
+  using R = RecordOf<decltype(Table)>;
+  return Special<R>(
+      name, [](const Writer& w, std::string_view n, const R& r) { WriteFields(w.Block(n), Table, r); },
+      [](const Reader& rd, std::string_view n, R& r) { ReadFields(rd.Block(n), Table, r); });
+}
+
+template <class Part>
+struct PartOf;
+template <class R, class V>
+struct PartOf<V R::*> {
+  using Record = R;
+};
+
+// A child element holding a part of the record (its font, its counter, ...).
+template <auto Part, const auto& Table>
+constexpr auto Block(std::string_view name) {
+  using R = typename PartOf<decltype(Part)>::Record;
+  return Special<R>(
+      name, [](const Writer& w, std::string_view n, const R& r) { WriteFields(w.Block(n), Table, r.*Part); },
+      [](const Reader& rd, std::string_view n, R& r) { ReadFields(rd.Block(n), Table, r.*Part); });
+}
+
+// A part of the record stored beside its other fields, every name after the group's own.
+template <auto Part, const auto& Table>
+constexpr auto Group(std::string_view name) {
+  using R = typename PartOf<decltype(Part)>::Record;
+  return Special<R>(
+      name, [](const Writer& w, std::string_view n, const R& r) { WriteFields(w, Table, r.*Part, n); },
+      [](const Reader& rd, std::string_view n, R& r) { ReadFields(rd, Table, r.*Part, n); });
+}
+
+// ---- The text record, in the writer's order ------------------------------------------------------------
+
+constexpr Field<Counter> kCounter[] = {
+    F("Value", &Counter::Value),
+    F("Offset", &Counter::Offset),
+    F("ValueType", &Counter::ValueType),
+    F("Direction", &Counter::Direction),
+    F("MinDigits", &Counter::MinDigits),
+    F("MaxDigits", &Counter::MaxDigits),
+    F("LineBreak", &Counter::LineBreak).Missing(1),
+};
+
+// The particle editor's sliders: SpreadX, SpreadXStart, SpreadXLength, ...
+constexpr Field<PhaseParameter> kPhase[] = {
+    F("", &PhaseParameter::Value),
+    F("Start", &PhaseParameter::Start),
+    F("Length", &PhaseParameter::Length),
+    F("Direction", &PhaseParameter::Direction),
+    F("PlayBackMode", &PhaseParameter::PlayBackMode),
+};
+
+constexpr Field<SpreadCoord> kSpreadCoord[] = {
+    F("X", &SpreadCoord::X),
+    F("Y", &SpreadCoord::Y),
+};
+
+void WriteSpreadCoords(const Writer& w, std::string_view name, const ParticleSystem& p) {
+  WriteNumbered(w.Block(name), "Count", "SpreadCoord", p.SpreadCoords.size(),
+                [&](const Writer& coord, std::size_t i) { WriteFields(coord, kSpreadCoord, p.SpreadCoords[i]); });
+}
+
+void ReadSpreadCoords(const Reader& r, std::string_view name, ParticleSystem& p) {
+  p.SpreadCoords.clear();
+  ReadNumbered(r.Block(name), "Count", "SpreadCoord", 1 << 20,
+               [&](const Reader& coord, std::int32_t) { ReadFields(coord, kSpreadCoord, p.SpreadCoords.emplace_back()); });
+}
+
+using P = ParticleSystem;
+constexpr Field<P> kParticle[] = {
+    F("Count", &P::Count),
+    F("SelfTime", &P::SelfTime),
+    F("LifeTime", &P::LifeTime),
+    F("LifeMode", &P::LifeMode),
+    F("SpreadMode", &P::SpreadMode),
+    F("SpreadInitialized", &P::SpreadInitialized),
+    F("SpreadUniform", &P::SpreadUniform),
+    F("AngleUnfiorm", &P::AngleUniform),
+    F("PhaseSizeUniform", &P::PhaseSizeUniform),
+    F("PhaseRotateUniform", &P::PhaseRotateUniform),
+    Group<&P::SpreadX, kPhase>("SpreadX"),
+    Group<&P::SpreadY, kPhase>("SpreadY"),
+    Group<&P::AngleTheta, kPhase>("AngleTheta"),
+    Group<&P::AnglePhi, kPhase>("AnglePhi"),
+    Group<&P::PhaseSize, kPhase>("PhaseSize"),
+    Group<&P::PhaseRotate, kPhase>("PhaseRotate"),
+    Special<P>("SpreadCoords", WriteSpreadCoords, ReadSpreadCoords),
+};
+
+constexpr Field<TextFont> kFont[] = {
+    F("FontName", &TextFont::Name),
+    F("FontSize", &TextFont::Size),
+    F("FontBold", &TextFont::Bold),
+    F("FontItalic", &TextFont::Italic),
+    F("FontUnderLine", &TextFont::Underline),
+    F("FontStrikeTrough", &TextFont::Strikethrough),
+};
+
+// Older files kept each axis in its own element: X/Angle, X/Loop, X/CurrentAngle.
+constexpr Field<Rotation> kRotation[] = {
+    F("AngleX", &Rotation::AngleX).Old("X/Angle"),
+    F("AngleY", &Rotation::AngleY).Old("Y/Angle"),
+    F("AngleZ", &Rotation::AngleZ).Old("Z/Angle"),
+    F("World", &Rotation::World),
+    F("LoopX", &Rotation::LoopX).Old("X/Loop"),
+    F("LoopY", &Rotation::LoopY).Old("Y/Loop"),
+    F("LoopZ", &Rotation::LoopZ).Old("Z/Loop"),
+    F("CurrentAngleX", &Rotation::CurrentAngleX).Old("X/CurrentAngle"),
+    F("CurrentAngleY", &Rotation::CurrentAngleY).Old("Y/CurrentAngle"),
+    F("CurrentAngleZ", &Rotation::CurrentAngleZ).Old("Z/CurrentAngle"),
+    F("FineTuneRotationAngle", &Rotation::FineTuneRotationAngle),
+};
+
+constexpr Field<Circle3D> kCircle3D[] = {
+    F("Radius", &Circle3D::Radius),
+    F("Smoothness", &Circle3D::Smoothness),
+    F("Tiling", &Circle3D::Tiling),
+};
+
+constexpr Field<Wave3D> kWave3D[] = {
+    F("Amplitude", &Wave3D::Amplitude),
+    F("Size", &Wave3D::Size),
+    F("Phase", &Wave3D::Phase),
+    F("Tiling", &Wave3D::Tiling),
+};
+
+constexpr Field<Spiral3D> kSpiral3D[] = {
+    F("Radius", &Spiral3D::Radius),
+    F("RevolutionCount", &Spiral3D::RevolutionCount),
+    F("Smoothness", &Spiral3D::Smoothness),
+    F("Tiling", &Spiral3D::Tiling),
+};
+
+// The exceptions of the text record, each for what old files hold or old readers expect.
+
+// Old files keep one range for both axes, RandomizeXY; RandomizeY counts only beside RandomizeX.
+void ReadRandomizeXY(const Reader& r, std::string_view name, TextObject& t) {
+  if (r.Number(name, t.RandomizeX)) {
+    r.Number("RandomizeY", t.RandomizeY);
+  } else if (float both = 0; r.Number("RandomizeXY", both)) {
+    t.RandomizeX = t.RandomizeY = both;
+  }
+}
+
+// For old readers: the two ranges as one.
+void WriteRandomizeXYSum(const Writer& w, std::string_view name, const TextObject& t) {
+  w.Number(name, std::floor(static_cast<double>(t.RandomizeX) + t.RandomizeY));
+}
+
+// The base size is read the plain way: the number before any decimal comma.
+void ReadFontSizeZero(const Reader& r, std::string_view name, TextObject& t) {
+  if (const pugi::xml_node size = r.Node(name)) t.FONT_SIZE_ZERO = static_cast<float>(LeadingNumber(size.text().get()));
+}
+
+// A row of no words, or a file without the setting, shows one word a row.
+void ReadWordsPerRow(const Reader& r, std::string_view name, TextObject& t) {
+  if (!r.Number(name, t.WordsPerRow) || t.WordsPerRow == 0) t.WordsPerRow = 1;
+}
+
+// Line ends come back as LF from the file: CR LF again.
+void ReadCurrentText(const Reader& r, std::string_view name, TextObject& t) {
+  if (r.Text(name, t.CurrentText)) t.CurrentText = ReplaceAll(ReplaceAll(t.CurrentText, "\r\n", "\n"), "\n", "\r\n");
+}
+
+// Older files have no Particle block: the copies as OutputMultiplier, the particles at their
+// defaults.
+void ReadParticle(const Reader& r, std::string_view name, TextObject& t) {
+  if (r.Node(name)) {
+    ReadFields(r.Block(name), kParticle, t.Particle);
     return;
   }
-  const Reader r = text.Block("Particle");
-  r.Number("Count", p.Count);
-  r.Number("SelfTime", p.SelfTime);
-  r.Number("LifeTime", p.LifeTime);
-  r.Text("LifeMode", p.LifeMode);
-  r.Text("SpreadMode", p.SpreadMode);
-  r.Number("SpreadInitialized", p.SpreadInitialized);
-  r.Number("SpreadUniform", p.SpreadUniform);
-  r.Number("AngleUnfiorm", p.AngleUniform);
-  r.Number("PhaseSizeUniform", p.PhaseSizeUniform);
-  r.Number("PhaseRotateUniform", p.PhaseRotateUniform);
-  ReadPhase(r, "SpreadX", p.SpreadX);
-  ReadPhase(r, "SpreadY", p.SpreadY);
-  ReadPhase(r, "AngleTheta", p.AngleTheta);
-  ReadPhase(r, "AnglePhi", p.AnglePhi);
-  ReadPhase(r, "PhaseSize", p.PhaseSize);
-  ReadPhase(r, "PhaseRotate", p.PhaseRotate);
-  const Reader coords = r.Block("SpreadCoords");
-  std::int32_t count = 0;
-  coords.Number("Count", count);
-  p.SpreadCoords.clear();
-  for (std::int32_t i = 1; i <= std::clamp(count, 0, 1 << 20); ++i) {
-    const Reader c = coords.Block(std::to_string(i) + "SpreadCoord");
-    if (!c.node) break;
-    SpreadCoord xy;
-    c.Number("X", xy.X);
-    c.Number("Y", xy.Y);
-    p.SpreadCoords.push_back(xy);
-  }
+  std::int32_t copies = 1;
+  r.Number("OutputMultiplier", copies);
+  t.Particle = ParticleSystem{};
+  t.Particle.Count = std::max(1, copies);
+  t.Particle.Particles.assign(1, ParticleState{});
 }
 
-// The rotation's axes, flat or in the old child form (X/Angle, X/CurrentAngle, X/Loop).
-void ReadAxis(const Reader& rotation, char axis, float& angle, float& current, bool& loop) {
-  const std::string a(1, axis);
-  const Reader old = rotation.Block(a);
-  if (!rotation.Number("Angle" + a, angle) && !old.Number("Angle", angle)) angle = 0;
-  if (!rotation.Number("CurrentAngle" + a, current) && !old.Number("CurrentAngle", current)) current = 0;
-  if (!rotation.Number("Loop" + a, loop)) old.Number("Loop", loop);
+void WriteWords(const Writer& w, std::string_view name, const TextObject& t) {
+  WriteNumbered(w.Block(name), "WordCount", "Word", t.Words.size(), [&](const Writer& word, std::size_t i) {
+    word.node.text().set(ReplaceAll(t.Words[i], "\r\n", kCrLfMarker).c_str());
+  });
 }
 
-TextObject ReadOne(const Reader& r) {
-  TextObject t;
-  r.Number("Index", t.Index);
-  r.Number("Color", t.Color);
-  r.Text("AlignX", t.AlignX);
-  r.Text("TextType", t.TextType);
-  r.Number("SelfTime", t.SelfTime);
-  r.Number("Vertical", t.Vertical);
-  r.Number("Clip", t.Clip);
-  if (!r.Number("RandomizeX", t.RandomizeX)) {
-    // Old files keep one range for both axes.
-    float both = 0;
-    if (r.Number("RandomizeXY", both)) t.RandomizeX = t.RandomizeY = both;
-  } else {
-    r.Number("RandomizeY", t.RandomizeY);
-  }
-  if (!r.Number("RandomizeXYManual", t.RandomizeXYManual)) t.RandomizeXYManual = 0;
-  r.Number("RandomizeFontSize", t.RandomizeFontSize);
-  if (!r.Number("RandomizeFontSizeManual", t.RandomizeFontSizeManual)) t.RandomizeFontSizeManual = 0;
-  r.Number("PulseFontSize", t.PulseFontSize);
-  r.Number("RadomizeColor", t.RandomizeColor);
-  r.Number("PulseFontColor", t.PulseFontColor);
-  // The base size is read the plain way: the number before any decimal comma.
-  if (const pugi::xml_node size = r.Node("FONT_SIZE_ZERO"))
-    t.FONT_SIZE_ZERO = static_cast<float>(LeadingNumber(size.text().get()));
-  r.Number("FlashText", t.FlashText);
-  r.Number("TextTitleMode", t.TextTitleMode);
-  r.Number("TextTickerMode", t.TextTickerMode);
-  r.Number("SequenceCounter", t.SequenceCounter);
-  r.Number("SequenceText", t.SequenceText);
-  r.Number("SequenceTime", t.SequenceTime);
-  ReadParticle(r, t.Particle);
-  const Reader position = r.Block("Position");
-  position.Number("Top", t.Top);
-  position.Number("Bottom", t.Bottom);
-  position.Number("Left", t.Left);
-  position.Number("Right", t.Right);
-  r.Number("Text3D", t.Text3D);
-  r.Number("BackGroundColor", t.BackGroundColor);
-  r.Number("AlphaBlend", t.AlphaBlend);
-  r.Number("Extrude3D", t.Extrude3D);
-  r.Number("RandomizeFont", t.RandomizeFont);
-  const Reader dictionary = r.Block("Dictionary");
-  dictionary.Text("FileName", t.FileName);
-  dictionary.Number("WordLength", t.WordLength);
-  dictionary.Text("ExcludeCharacters", t.ExcludeCharacters);
-  dictionary.Number("ExactWordLength", t.ExactWordLength);
-  dictionary.Number("Cut", t.Cut);
-  dictionary.Number("LowerCase", t.LowerCase);
-  dictionary.Number("UpperCase", t.UpperCase);
-  dictionary.Number("MixedCase1", t.MixedCase1);
-  dictionary.Number("MixedCase2", t.MixedCase2);
-  dictionary.Number("LineBreak", t.LineBreak);
-  if (!dictionary.Number("WordsPerRow", t.WordsPerRow) || t.WordsPerRow == 0) t.WordsPerRow = 1;
-  dictionary.Number("Binary", t.Binary);
-  dictionary.Number("EditorSplitLines", t.EditorSplitLines);
-  dictionary.Text("WordStart", t.WordStart);
-  dictionary.Text("WordEnd", t.WordEnd);
-  ReadCounter(dictionary, t.DictionaryCounter);
-  if (r.Text("CurrentText", t.CurrentText)) {
-    // Line ends come back as LF from the file: CR LF again.
-    t.CurrentText = ReplaceAll(ReplaceAll(t.CurrentText, "\r\n", "\n"), "\n", "\r\n");
-  }
-  ReadCounter(r, t.Counter);
-  const Reader words = r.Block("Words");
-  std::int32_t wordCount = 0;
-  words.Number("WordCount", wordCount);
-  std::vector<std::string> list;
-  for (std::int32_t i = 1; i <= std::clamp(wordCount, 0, 1 << 24); ++i) {
-    std::string word;
-    if (!words.Text(std::to_string(i) + "Word", word)) break;
-    list.push_back(ReplaceAll(word, kCrLfMarker, "\r\n"));
-  }
-  t.WordCount = static_cast<std::int32_t>(list.size());
-  t.Words = StringList(std::move(list));
-  const Reader font = r.Block("Font");
-  font.Text("FontName", t.Font.Name);
-  font.Number("FontSize", t.Font.Size);
-  font.Number("FontBold", t.Font.Bold);
-  font.Number("FontItalic", t.Font.Italic);
-  font.Number("FontUnderLine", t.Font.Underline);
-  font.Number("FontStrikeTrough", t.Font.Strikethrough);
-  const Reader rotation = r.Block("Rotation");
-  Rotation& rot = t.Rotation;
-  ReadAxis(rotation, 'X', rot.AngleX, rot.CurrentAngleX, rot.LoopX);
-  ReadAxis(rotation, 'Y', rot.AngleY, rot.CurrentAngleY, rot.LoopY);
-  ReadAxis(rotation, 'Z', rot.AngleZ, rot.CurrentAngleZ, rot.LoopZ);
-  rotation.Number("World", rot.World);
-  rotation.Number("FineTuneRotationAngle", rot.FineTuneRotationAngle);
-  r.Text("Shape3DType", t.Shape3DType);
-  r.Number("Shape3DRenderMesh", t.Shape3DRenderMesh);
-  const Reader circle = r.Block("Circle3D");
-  circle.Number("Radius", t.Circle3D.Radius);
-  circle.Number("Smoothness", t.Circle3D.Smoothness);
-  circle.Number("Tiling", t.Circle3D.Tiling);
-  const Reader wave = r.Block("Wave3D");
-  wave.Number("Amplitude", t.Wave3D.Amplitude);
-  wave.Number("Size", t.Wave3D.Size);
-  wave.Number("Phase", t.Wave3D.Phase);
-  wave.Number("Tiling", t.Wave3D.Tiling);
-  const Reader spiral = r.Block("Spiral3D");
-  spiral.Number("Radius", t.Spiral3D.Radius);
-  spiral.Number("RevolutionCount", t.Spiral3D.RevolutionCount);
-  spiral.Number("Smoothness", t.Spiral3D.Smoothness);
-  spiral.Number("Tiling", t.Spiral3D.Tiling);
-  r.Text("TextBoxTextureFileName", t.TextBoxTextureFileName);
-  if (!r.Number("VideoLockToTextBox", t.VideoLockToTextBox)) t.VideoLockToTextBox = 0;
-  r.Text("Mesh3DFileName", t.Mesh3DFileName);
-  r.Number("Mesh3DZ", t.Mesh3DZ);
-  if (r.Text("Mesh3DInfo", t.Mesh3DInfo)) t.Mesh3DInfo = ReplaceAll(t.Mesh3DInfo, kCrLfMarker, "\r\n");
-  r.Number("Mesh3DPreserveTextures", t.Mesh3DPreserveTextures);
-  if (!r.Number("EnableRender", t.EnableRender)) t.EnableRender = 1;
-  return t;
+void ReadWords(const Reader& r, std::string_view name, TextObject& t) {
+  std::vector<std::string> words;
+  ReadNumbered(r.Block(name), "WordCount", "Word", 1 << 24, [&](const Reader& word, std::int32_t) {
+    words.push_back(ReplaceAll(word.node.text().get(), kCrLfMarker, "\r\n"));
+  });
+  t.WordCount = static_cast<std::int32_t>(words.size());
+  t.Words = StringList(std::move(words));
 }
+
+using T = TextObject;
+
+constexpr Field<T> kPosition[] = {
+    F("Top", &T::Top),
+    F("Bottom", &T::Bottom),
+    F("Left", &T::Left),
+    F("Right", &T::Right),
+};
+
+constexpr Field<T> kDictionary[] = {
+    F("FileName", &T::FileName),
+    F("WordLength", &T::WordLength),
+    F("ExcludeCharacters", &T::ExcludeCharacters),
+    F("ExactWordLength", &T::ExactWordLength),
+    F("Cut", &T::Cut),
+    F("LowerCase", &T::LowerCase),
+    F("UpperCase", &T::UpperCase),
+    F("MixedCase1", &T::MixedCase1),
+    F("MixedCase2", &T::MixedCase2),
+    F("LineBreak", &T::LineBreak),
+    F("WordsPerRow", &T::WordsPerRow).Reads(ReadWordsPerRow),
+    F("Binary", &T::Binary),
+    F("EditorSplitLines", &T::EditorSplitLines),
+    F("WordStart", &T::WordStart),
+    F("WordEnd", &T::WordEnd),
+    Block<&T::DictionaryCounter, kCounter>("Counter"),
+};
+
+// The fallbacks to 0 are what a new record holds anyway; they stand for the old files without the
+// element.
+constexpr Field<T> kText[] = {
+    F("Index", &T::Index),
+    F("Color", &T::Color),
+    F("AlignX", &T::AlignX),
+    F("TextType", &T::TextType),
+    F("SelfTime", &T::SelfTime),
+    F("Vertical", &T::Vertical),
+    F("Clip", &T::Clip),
+    F("RandomizeX", &T::RandomizeX).Reads(ReadRandomizeXY),
+    F("RandomizeY", &T::RandomizeY).WriteOnly(),  // read with RandomizeX
+    Special<T>("RandomizeXY", WriteRandomizeXYSum, nullptr).WriteOnly(),  // read only when RandomizeX is not there
+    F("RandomizeXYManual", &T::RandomizeXYManual).Missing(0),
+    F("RandomizeY", &T::RandomizeY).WriteOnly(),  // once more, as the old writer did, for old readers
+    F("RandomizeFontSize", &T::RandomizeFontSize),
+    F("RandomizeFontSizeManual", &T::RandomizeFontSizeManual).Missing(0),
+    F("PulseFontSize", &T::PulseFontSize),
+    F("RadomizeColor", &T::RandomizeColor),
+    F("PulseFontColor", &T::PulseFontColor),
+    F("FONT_SIZE_ZERO", &T::FONT_SIZE_ZERO).Reads(ReadFontSizeZero),
+    F("FlashText", &T::FlashText),
+    F("TextTitleMode", &T::TextTitleMode),
+    F("TextTickerMode", &T::TextTickerMode),
+    F("SequenceCounter", &T::SequenceCounter),
+    F("SequenceText", &T::SequenceText),
+    F("SequenceTime", &T::SequenceTime),
+    Block<&T::Particle, kParticle>("Particle").Reads(ReadParticle),
+    Block<kPosition>("Position"),
+    F("Text3D", &T::Text3D),
+    F("BackGroundColor", &T::BackGroundColor),
+    F("AlphaBlend", &T::AlphaBlend),
+    F("Extrude3D", &T::Extrude3D),
+    F("RandomizeFont", &T::RandomizeFont),
+    Block<kDictionary>("Dictionary"),
+    F("CurrentText", &T::CurrentText).Reads(ReadCurrentText),
+    Block<&T::Counter, kCounter>("Counter"),
+    Special<T>("Words", WriteWords, ReadWords),
+    Block<&T::Font, kFont>("Font"),
+    Block<&T::Rotation, kRotation>("Rotation"),
+    F("Shape3DType", &T::Shape3DType),
+    F("Shape3DRenderMesh", &T::Shape3DRenderMesh),
+    Block<&T::Circle3D, kCircle3D>("Circle3D"),
+    Block<&T::Wave3D, kWave3D>("Wave3D"),
+    Block<&T::Spiral3D, kSpiral3D>("Spiral3D"),
+    F("TextBoxTextureFileName", &T::TextBoxTextureFileName),
+    F("VideoLockToTextBox", &T::VideoLockToTextBox).Missing(0),
+    F("Mesh3DFileName", &T::Mesh3DFileName),
+    F("Mesh3DZ", &T::Mesh3DZ),
+    F("Mesh3DInfo", &T::Mesh3DInfo).Lines(),
+    F("Mesh3DPreserveTextures", &T::Mesh3DPreserveTextures),
+    F("EnableRender", &T::EnableRender).Missing(1),
+};
 
 }  // namespace
 
 void XmlWriteText(pugi::xml_node root, const std::vector<TextObject>& texts) {
-  const Writer block = Writer{root}.Block("Text");
-  block.Number("TextCount", static_cast<double>(texts.size()));
-  for (std::size_t i = 0; i < texts.size(); ++i) {
+  WriteNumbered(Writer{root}.Block("Text"), "TextCount", "Text", texts.size(), [&](const Writer& one, std::size_t i) {
     TextObject t = texts[i];
     t.Index = static_cast<std::int32_t>(i + 1);
-    WriteOne(block.Block(std::to_string(i + 1) + "Text"), t);
-  }
+    WriteFields(one, kText, t);
+  });
 }
 
 void XmlReadText(pugi::xml_node root, std::vector<TextObject>& texts) {
   texts.clear();
-  const Reader block{Child(root, "Text")};
-  std::int32_t count = 0;
-  block.Number("TextCount", count);
-  for (std::int32_t i = 1; i <= std::clamp(count, 0, 1 << 16); ++i) {
-    const Reader one = block.Block(std::to_string(i) + "Text");
-    if (!one.node) break;  // a count larger than the texts there
-    texts.push_back(ReadOne(one));
-    texts.back().Index = i;
-  }
+  ReadNumbered(Reader{Child(root, "Text")}, "TextCount", "Text", 1 << 16, [&](const Reader& one, std::int32_t i) {
+    TextObject& t = texts.emplace_back();
+    ReadFields(one, kText, t);
+    t.Index = i;
+  });
 }
 
 }  // namespace lumivane

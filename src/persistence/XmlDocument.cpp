@@ -1,5 +1,6 @@
 #include "persistence/XmlDocument.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -211,6 +212,23 @@ pugi::xml_node AppendValue(pugi::xml_node parent, std::string_view name, std::st
   pugi::xml_node node = parent.append_child(XmlDocument::ChildName(name).c_str());
   node.text().set(std::string(value).c_str());
   return node;
+}
+
+pugi::xml_node AppendNumber(pugi::xml_node parent, std::string_view name, double value) {
+  return AppendValue(parent, name, FormatNumber(value));
+}
+
+pugi::xml_node AppendFlag(pugi::xml_node parent, std::string_view name, bool value) {
+  return AppendValue(parent, name, value ? "1" : "0");
+}
+
+std::optional<double> ChildNumber(pugi::xml_node parent, std::string_view name, Decimal decimal) {
+  const pugi::xml_node node = Child(parent, name);
+  if (!node) return std::nullopt;
+  if (decimal == Decimal::Point) return ParseNumber(node.text().get());
+  std::string text = node.text().get();
+  std::replace(text.begin(), text.end(), ',', '.');
+  return ParseNumber(text);
 }
 
 }  // namespace lumivane

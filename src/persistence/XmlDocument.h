@@ -1,10 +1,15 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include <pugixml.hpp>
+
+#include "core/Numbers.h"
 
 namespace lumivane {
 
@@ -57,5 +62,32 @@ pugi::xml_node Child(pugi::xml_node parent, std::string_view name);
 pugi::xml_node EnsureChild(pugi::xml_node parent, std::string_view name);
 // Appends `name` with `value` as its text.
 pugi::xml_node AppendValue(pugi::xml_node parent, std::string_view name, std::string_view value);
+// Numbers in the shortest plain decimal that reads back the same; flags as 1 or 0.
+pugi::xml_node AppendNumber(pugi::xml_node parent, std::string_view name, double value);
+pugi::xml_node AppendFlag(pugi::xml_node parent, std::string_view name, bool value);
+
+// Whether a number may have been written with a decimal comma, as old writers in some locales did.
+enum class Decimal : std::uint8_t { Point, PointOrComma };
+// The number `name` holds; nothing when it is missing or does not read as one.
+std::optional<double> ChildNumber(pugi::xml_node parent, std::string_view name, Decimal decimal = Decimal::Point);
+
+// Puts a number into a field of its type: whole numbers round half to even and must fit in 32 bits,
+// a flag is set by anything but 0. False, the field unchanged, when there is no number or it does
+// not fit.
+template <class T>
+bool StoreNumber(std::optional<double> value, T& field) {
+  if (!value) return false;
+  if constexpr (std::is_same_v<T, bool>) {
+    field = *value != 0.0;
+  } else if constexpr (std::is_integral_v<T>) {
+    static_assert(sizeof(T) <= sizeof(std::int32_t), "whole numbers are stored in 32 bits");
+    const auto whole = ToInt32(*value);
+    if (!whole) return false;
+    field = static_cast<T>(*whole);
+  } else {
+    field = static_cast<T>(*value);
+  }
+  return true;
+}
 
 }  // namespace lumivane
