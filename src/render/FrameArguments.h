@@ -25,8 +25,9 @@ struct EffectArguments : LayerPlacement {
   std::int32_t Color = 0xFFFFFF, ColorRandom = 0, Timer = 1000;
 };
 
-// What MainForm.Render reads from the controls once a frame and hands to RenderFrame. The passes
-// that are not built yet add their values as they come.
+// What the controls say for one frame: read by ReadFrameArguments (forms) and handed by the stage
+// to FrameRenderer::RenderFrame, so the renderer never reads a control. A pass that needs another
+// value adds it here.
 struct FrameArguments {
   std::int32_t ClearColor = 0;     // picBackGroundColor's colour, program order
   bool KeepPreviousFrame = false;  // the global that chkHoldBackground sets

@@ -16,11 +16,12 @@
 #include "shell/FormBuilder.h"
 #include "shell/TextEditorPanel.h"
 #include "shell/TextPane.h"
+#include "shell/WidgetBinding.h"
 
 namespace lumivane {
 
 MainWindow::MainWindow(MainForm& form, QWidget* parent) : QMainWindow(parent), form_(form) {
-  setObjectName("frmMain");
+  setObjectName(ToQString(MainForm::kFormName));
   setWindowTitle(kAppTitle);
   ControlModel& model = form.Model();
   const MainForm::PlaybackControls& p = form.Playback();

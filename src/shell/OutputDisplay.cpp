@@ -8,7 +8,6 @@
 #include <thread>
 #include <QKeyEvent>
 #include <QOpenGLContext>
-#include <QOpenGLFunctions>
 #include <QOpenGLPaintDevice>
 #include <QPainter>
 #include <QScreen>

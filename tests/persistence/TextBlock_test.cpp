@@ -181,7 +181,10 @@ pugi::xml_node At(pugi::xml_node node, const Path& path) {
 
 std::string Describe(const Path& path) {
   std::string s;
-  for (const auto& step : path) s += "/" + std::string(XmlDocument::FileName(step.first));
+  for (const auto& step : path) {
+    s += '/';
+    s += XmlDocument::FileName(step.first);
+  }
   return s;
 }
 
