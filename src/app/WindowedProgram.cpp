@@ -210,12 +210,16 @@ class WindowedProgram final : public OutputHost, public PlaybackHost {
       std::fprintf(stderr, "lumivane: cannot write the log file %s\n", options_.logFile.c_str());
       return false;
     }
-    stage_.Model.SetFailureSink([this](const std::string& line) {
-      log_->write(QDateTime::currentDateTime().toString(Qt::ISODateWithMs).toUtf8() + ' ' +
-                  QByteArray::fromStdString(line) + '\n');
-      log_->flush();
-    });
+    stage_.Model.SetFailureSink([this](const std::string& line) { LogFailure(line); });
     return true;
+  }
+
+  // One skipped failure into the --log file, with the time; nothing without one.
+  void LogFailure(const std::string& line) {
+    if (!log_) return;
+    log_->write(QDateTime::currentDateTime().toString(Qt::ISODateWithMs).toUtf8() + ' ' +
+                QByteArray::fromStdString(line) + '\n');
+    log_->flush();
   }
 
   // What only a windowed program gives the engine: installed fonts, the pane's markers, screenshots
@@ -239,9 +243,8 @@ class WindowedProgram final : public OutputHost, public PlaybackHost {
   // Clone outputs: further windows drawn by the output's context with the finished frame.
   void ConnectClones() {
     clones_.ApplicationFolder = stage_.ApplicationFolder();
-    ConnectClonePositions(clones_, [this](const std::string& failure) {
-      if (log_) log_->write(QByteArray::fromStdString(failure) + '\n');
-    });
+    ConnectClonePositions(clones_, [this](const std::string& failure) { LogFailure(failure); });
+    clones_.ReportFailure = [this](const std::string& failure) { LogFailure(failure); };
     clones_.Yield = [this] { Yield(); };
     clones_.CreateCloneWindow = [this]() -> std::unique_ptr<CloneWindow> {
       return std::make_unique<CloneOutput>([this](CloneDisplay& window, const BlitSource& source, int identify) {

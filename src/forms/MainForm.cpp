@@ -224,10 +224,10 @@ void MainForm::Save() {
 
 void MainForm::SetSelectedText(std::int32_t index) { TextSelected = text_.TextRecordRead(index); }
 
-void MainForm::SelectText(std::int32_t index, bool drawFocus) {
+void MainForm::SelectText(std::int32_t index) {
   SetSelectedText(index);
   RenderTextProperties();
-  if (drawFocus && ShowFocusRectangle) ShowFocusRectangle(index);
+  if (SelectionChanged) SelectionChanged();
 }
 
 void MainForm::RenderTextProperties() {
@@ -268,7 +268,7 @@ std::int32_t MainForm::AddText(std::int32_t x, std::int32_t y) {
   if ((x != 0 || y != 0) && label) {
     model_.SetPosition(label, x - label->Width / 2, y - label->Height / 2);
   }
-  SelectText(index, true);
+  SelectText(index);
   SetPosition(index);
   Save();
   return index;
@@ -287,7 +287,7 @@ void MainForm::RemoveText() {
     TextSelected = TextObject{};
     return;
   }
-  SelectText(std::min(index, count), true);
+  SelectText(std::min(index, count));
 }
 
 std::int32_t MainForm::CloneOne(std::int32_t source) {
@@ -322,7 +322,7 @@ void MainForm::CloneText() {
   } else {
     last = CloneOne(selected);
   }
-  SelectText(last, true);
+  SelectText(last);
 }
 
 void MainForm::SplitText() {
@@ -377,7 +377,7 @@ void MainForm::SplitText() {
   SelectText(source);
   RemoveText();
   // The source is gone, so the first piece moved up by one.
-  if (first > 0) SelectText(first - 1, true);
+  if (first > 0) SelectText(first - 1);
 }
 
 void MainForm::TextZOrder(std::int32_t index, bool toBack) {
@@ -386,7 +386,7 @@ void MainForm::TextZOrder(std::int32_t index, bool toBack) {
   Modified = true;
   if (AfterZOrder) AfterZOrder(index, toBack);
   SyncTextLabels();
-  SelectText(toBack ? 1 : text_.PreviewGetTextCount(), true);
+  SelectText(toBack ? 1 : text_.PreviewGetTextCount());
 }
 
 void MainForm::ResetTexts() {

@@ -95,8 +95,8 @@ class MainForm {
   // ticked). Every text control's change handler calls it. Re-entry and writes made while the
   // controls are being filled from a record do nothing.
   void Save();
-  // Fetches the record, fills the controls from it, and optionally shows the focus rectangle.
-  void SelectText(std::int32_t index, bool drawFocus = false);
+  // Fetches the record, fills the controls from it, and tells SelectionChanged.
+  void SelectText(std::int32_t index);
   // Only fetches the record.
   void SetSelectedText(std::int32_t index);
   std::int32_t getSelectedTextIndex() const noexcept { return TextSelected.Index; }
@@ -210,8 +210,8 @@ class MainForm {
   std::function<void()> AfterSave;
   std::function<void(std::int32_t index)> AfterTextRemoved;
   std::function<void(std::int32_t index, bool toBack)> AfterZOrder;
-  // The focus rectangle around the selected label.
-  std::function<void(std::int32_t index)> ShowFocusRectangle;
+  // The selected text changed: the pane moves its focus rectangle (TextPane).
+  std::function<void()> SelectionChanged;
 
   // Whether the show changed since it was last loaded or saved.
   bool Modified = false;

@@ -54,7 +54,6 @@ OutputConfigurationForm::OutputConfigurationForm(ControlModel& model) : model_(m
   model_.OnChange(c_.cmdY, [this](const ControlEvent&) { Mirror("Y"); });
   model_.OnChange(c_.cmdReset, [this](const ControlEvent&) {
     if (StopRendering) StopRendering();
-    if (RebuildClones) RebuildClones();
   });
   // cboOutputCount needs no handler: the clones are made when playback starts.
 }

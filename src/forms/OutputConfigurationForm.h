@@ -61,9 +61,9 @@ class OutputConfigurationForm {
 
   // Supplied by the owner of the clones: a mirror change for clone `index`.
   std::function<void(int index, const std::string& mirrorX, const std::string& mirrorY)> CloneSetup;
-  // cmdReset runs these in order: rendering stops, then the clones are made afresh.
+  // cmdReset stops rendering, which unloads the clones; the next start makes them afresh at the
+  // count chosen then (OutputClones::CloneRenderInitialize).
   std::function<void()> StopRendering;
-  std::function<void()> RebuildClones;
 
  private:
   ControlModel& model_;

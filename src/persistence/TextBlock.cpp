@@ -137,11 +137,11 @@ template <class Fields>
 using RecordOf = typename std::remove_cvref_t<decltype(std::declval<const Fields&>()[0])>::Record;
 
 template <class Value>
-void WriteValue(const Writer& w, const std::string& name, const Value& value, bool lines) {
+void WriteValue(const Writer& w, std::string_view name, const Value& value, bool lines) {
   if constexpr (std::is_same_v<Value, bool>)
     w.Flag(name, value);
   else if constexpr (std::is_same_v<Value, std::string>)
-    w.Text(name, lines ? ReplaceAll(value, "\r\n", kCrLfMarker) : value);
+    lines ? w.Text(name, ReplaceAll(value, "\r\n", kCrLfMarker)) : w.Text(name, value);
   else
     w.Number(name, static_cast<double>(value));
 }
@@ -161,7 +161,8 @@ bool ReadValue(const Reader& r, std::string_view name, Value& value, bool lines)
 template <class Fields, class R = RecordOf<Fields>>
 void WriteFields(const Writer& w, const Fields& fields, const R& record, std::string_view prefix = {}) {
   for (const Field<R>& f : fields) {
-    const std::string name = std::string(prefix) + std::string(f.name);
+    std::string joined;  // only a group's names are built; a save writes thousands of fields
+    const std::string_view name = prefix.empty() ? f.name : (joined = std::string(prefix) + std::string(f.name));
     if (f.write != nullptr) {
       f.write(w, name, record);
       continue;
@@ -178,7 +179,8 @@ template <class Fields, class R = RecordOf<Fields>>
 void ReadFields(const Reader& r, const Fields& fields, R& record, std::string_view prefix = {}) {
   for (const Field<R>& f : fields) {
     if (f.writeOnly) continue;
-    const std::string name = std::string(prefix) + std::string(f.name);
+    std::string joined;  // only a group's names are built; a save writes thousands of fields
+    const std::string_view name = prefix.empty() ? f.name : (joined = std::string(prefix) + std::string(f.name));
     if (f.read != nullptr) {
       f.read(r, name, record);
       continue;

@@ -7,7 +7,6 @@
 #include <fcntl.h>
 #include <fstream>
 #include <iterator>
-#include <sstream>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -58,23 +57,61 @@ std::string EscapeDigitNames(std::string_view in) {
   return out;
 }
 
-std::string UnescapeDigitNames(const std::string& text) {
-  std::string out;
-  out.reserve(text.size());
-  std::size_t i = 0;
+// In place over `size` characters, answering the new size: names only lose their prefix, so the
+// text never grows. A cut at a '<' keeps every name whole.
+std::size_t UnescapeDigitNames(char* text, std::size_t size) {
+  const std::string_view all(text, size);
+  std::size_t read = 0, write = 0;
   for (;;) {
-    const std::size_t lt = text.find('<', i);
-    if (lt == std::string::npos) {
-      out.append(text, i, std::string::npos);
-      return out;
-    }
-    std::size_t nameAt = lt + 1;
-    if (nameAt < text.size() && text[nameAt] == '/') ++nameAt;
-    out.append(text, i, nameAt - i);
-    if (text.compare(nameAt, kDigitPrefix.size(), kDigitPrefix) == 0) nameAt += kDigitPrefix.size();
-    i = nameAt;
+    const std::size_t lt = all.find('<', read);
+    std::size_t nameAt = lt == std::string_view::npos ? size : lt + 1;
+    if (nameAt < size && text[nameAt] == '/') ++nameAt;
+    if (write != read) std::memmove(text + write, text + read, nameAt - read);
+    write += nameAt - read;
+    if (lt == std::string_view::npos) return write;
+    read = nameAt;
+    if (all.compare(read, kDigitPrefix.size(), kDigitPrefix) == 0) read += kDigitPrefix.size();
   }
 }
+
+// pugixml's output straight into one string, without a stream's buffer and its copy.
+struct StringWriter final : pugi::xml_writer {
+  std::string text;
+  void write(const void* data, std::size_t size) override { text.append(static_cast<const char*>(data), size); }
+};
+
+// pugixml's output straight into a file through a small buffer: a show of thousands of texts is
+// megabytes, and building it whole in memory first cost more than writing it.
+class FileWriter final : public pugi::xml_writer {
+ public:
+  explicit FileWriter(int fd) : fd_(fd) { buffer_.reserve(kChunk + 4096); }
+  void write(const void* data, std::size_t size) override {
+    buffer_.append(static_cast<const char*>(data), size);
+    if (buffer_.size() >= kChunk) Flush(false);
+  }
+  // Writes what is whole: all of it when `last`, else up to the last '<', whose name may go on in
+  // the next piece. Answers 0 or the errno of the failed write.
+  int Flush(bool last) {
+    const std::size_t lt = buffer_.rfind('<');
+    const std::size_t cut = last || lt == std::string::npos || lt == 0 ? buffer_.size() : lt;
+    const std::size_t size = UnescapeDigitNames(buffer_.data(), cut);
+    for (std::size_t written = 0; failure_ == 0 && written < size;) {
+      const ssize_t n = ::write(fd_, buffer_.data() + written, size - written);
+      if (n >= 0)
+        written += static_cast<std::size_t>(n);
+      else if (errno != EINTR)
+        failure_ = errno;
+    }
+    buffer_.erase(0, cut);
+    return failure_;
+  }
+
+ private:
+  static constexpr std::size_t kChunk = 64 * 1024;
+  int fd_;
+  int failure_ = 0;
+  std::string buffer_;
+};
 
 std::string Reason(int err) { return std::strerror(err); }
 
@@ -147,13 +184,13 @@ bool XmlDocument::Parse(std::string_view text, std::string& error) {
 }
 
 std::string XmlDocument::ToString() const {
-  std::ostringstream out;
+  StringWriter out;
   dom_.save(out, "  ", pugi::format_default, pugi::encoding_utf8);
-  return UnescapeDigitNames(out.str());
+  out.text.resize(UnescapeDigitNames(out.text.data(), out.text.size()));
+  return std::move(out.text);
 }
 
 bool XmlDocument::Save(const std::string& path, std::string& error) const {
-  const std::string text = ToString();
   const std::size_t slash = path.find_last_of('/');
   const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash == 0 ? 1 : slash);
   std::string temp = (slash == std::string::npos ? std::string() : path.substr(0, slash + 1)) + ".lumivane-save-XXXXXX";
@@ -162,18 +199,10 @@ bool XmlDocument::Save(const std::string& path, std::string& error) const {
     error = "The show cannot be saved to \"" + path + "\": " + Reason(errno) + ".";
     return false;
   }
-  bool ok = true;
-  int failure = 0;
-  for (std::size_t written = 0; ok && written < text.size();) {
-    const ssize_t n = ::write(fd, text.data() + written, text.size() - written);
-    if (n < 0) {
-      if (errno == EINTR) continue;
-      ok = false;
-      failure = errno;
-    } else {
-      written += static_cast<std::size_t>(n);
-    }
-  }
+  FileWriter out(fd);
+  dom_.save(out, "  ", pugi::format_default, pugi::encoding_utf8);
+  int failure = out.Flush(true);
+  bool ok = failure == 0;
   if (ok && ::fsync(fd) != 0) ok = false, failure = errno;
   if (::close(fd) != 0 && ok) ok = false, failure = errno;
   // Keep the permissions an existing file had; a new one gets the usual 0644 less the umask.

@@ -126,7 +126,6 @@ void FrameRenderer::RenderFrame(const FrameArguments& args) {
 
 void FrameRenderer::EndFrame() {
   if (Present) Present();
-  if (CloneRender) CloneRender();
 }
 
 }  // namespace lumivane

@@ -75,9 +75,9 @@ class FrameRenderer {
 
   // Told of every text and copy the text passes draw (the headless text log).
   TextDraw TextDrawn;
-  // The end of the frame: show the back buffer (or queue it for read back), then feed the clones.
+  // The end of the frame: show the back buffer (or queue it for read back). The clones draw the
+  // finished frame afterwards, called by the playback (OutputClones::CloneRender).
   std::function<void()> Present;
-  std::function<void()> CloneRender;
   // Told as the output ends, while its state can still be read (the last background layout).
   std::function<void()> Ending;
 

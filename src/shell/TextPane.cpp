@@ -20,7 +20,14 @@ TextPane::TextPane(MainForm& form, QWidget* parent) : QWidget(parent), form_(for
   setPalette(p);
   setToolTip(tr("Double click: add a text here"));
   form_.TextLabelsChanged = [this] { Rebuild(); };
+  form_.SelectionChanged = [this] { update(); };
   Rebuild();
+}
+
+// The form outlives its window: it must not call back into a pane that is gone.
+TextPane::~TextPane() {
+  form_.TextLabelsChanged = nullptr;
+  form_.SelectionChanged = nullptr;
 }
 
 void TextPane::Rebuild() {
@@ -62,8 +69,7 @@ bool TextPane::eventFilter(QObject* watched, QEvent* event) {
     case QEvent::MouseButtonPress: {
       auto* e = static_cast<QMouseEvent*>(event);
       setFocus();
-      form_.SelectText(index, true);
-      update();
+      form_.SelectText(index);
       if (e->button() == Qt::LeftButton) {
         dragging_ = index;
         dragStart_ = e->globalPosition().toPoint();

@@ -19,6 +19,7 @@ class TextPane final : public QWidget {
 
  public:
   explicit TextPane(MainForm& form, QWidget* parent = nullptr);
+  ~TextPane() override;
   // Makes one label widget per "Text" label control.
   void Rebuild();
 

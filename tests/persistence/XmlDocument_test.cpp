@@ -58,6 +58,21 @@ TEST_F(XmlDocumentTest, NamesThatBeginWithADigitAreReadAndWrittenBackAsTheyWere)
   EXPECT_EQ(again.ToString(), written);
 }
 
+// A save streams the file in pieces; a numbered name cut between two pieces must still lose its
+// DOM prefix.
+TEST_F(XmlDocumentTest, ALargeSaveWritesWhatToStringGives) {
+  doc.New();
+  pugi::xml_node words = EnsureChild(doc.Root(), "Words");
+  for (int i = 1; i <= 5000; ++i) AppendValue(words, std::to_string(i) + "Word", std::string(static_cast<std::size_t>(i % 37), 'w'));
+  const fs::path file = dir / "large.xml";
+  ASSERT_TRUE(doc.Save(file.string(), error)) << error;
+  const std::string saved = ReadAll(file);
+  EXPECT_GT(saved.size(), 200000u);
+  EXPECT_EQ(saved, doc.ToString());
+  EXPECT_EQ(saved.find("lv-digit-"), std::string::npos);
+  EXPECT_NE(saved.find("<4999Word>"), std::string::npos);
+}
+
 TEST_F(XmlDocumentTest, BadInputIsRefusedWithOneClearLineAndAnEmptyDocument) {
   for (const std::string& bad :
        {std::string(""), std::string("<File><Text>"), std::string("not xml at all"), std::string("<Show/>"),
