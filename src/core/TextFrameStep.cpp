@@ -204,8 +204,10 @@ TextFrame TextEngine::TextFrameStep(std::int32_t index, std::int32_t particleInd
     } else {
       if (t.RandomizeSequence) t.SequenceTime = static_cast<std::int32_t>(WholePart(random.Rnd() * t.SequenceTimeMax));
       t.LastSequenceTick = now;
-      // An empty string has nothing to build up: the counter stays at 0.
-      if (static_cast<std::size_t>(std::max(0, t.SequenceCounter)) < CharacterCount(shown)) {
+      // The counter runs one past the length, so the whole string stays for two steps; an empty
+      // string has nothing to build up and keeps it at 0.
+      const std::size_t length = CharacterCount(shown);
+      if (length > 0 && static_cast<std::size_t>(std::max(0, t.SequenceCounter)) <= length) {
         t.SequenceCounter += 1;
         shown = Utf8Prefix(t.SequenceBuffer, static_cast<std::size_t>(t.SequenceCounter));
       } else {

@@ -38,6 +38,7 @@ TextObject NewTextObject(const TextFont& font) {
 
 void PreserveRuntimeFields(const TextObject& stored, TextObject& edited) {
   edited.LastUpdateTick = stored.LastUpdateTick;
+  edited.PulseLastTick = stored.PulseLastTick;
   edited.LastPreviewTick = stored.LastPreviewTick;
   edited.SequenceBuffer = stored.SequenceBuffer;
   edited.LastSequenceTick = stored.LastSequenceTick;

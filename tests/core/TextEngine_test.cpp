@@ -136,6 +136,7 @@ TEST_F(TextListTest, PreserveRuntimeFieldsKeepsRunningStateButTakesEdits) {
   stored.Counter.Value = 77;
   stored.DictionaryCounter.Value = 12;
   stored.LastUpdateTick = 4242;
+  stored.PulseLastTick = 4100;  // a pulse mid-way must not jump when the text is edited
   stored.SequenceCounter = 3;
   stored.SequenceBuffer = "fatal";
   stored.TickerPosition = 9;
@@ -153,6 +154,7 @@ TEST_F(TextListTest, PreserveRuntimeFieldsKeepsRunningStateButTakesEdits) {
   EXPECT_EQ(edited.Counter.MaxDigits, 4);  // the edit stays
   EXPECT_EQ(edited.DictionaryCounter.Value, 12);
   EXPECT_EQ(edited.LastUpdateTick, 4242u);
+  EXPECT_EQ(edited.PulseLastTick, 4100u);
   EXPECT_EQ(edited.SequenceCounter, 3);
   EXPECT_EQ(edited.SequenceBuffer, "fatal");
   EXPECT_EQ(edited.TickerPosition, 9);

@@ -89,14 +89,16 @@ TEST_F(TextTimingTest, SequenceBuildsTheStringUpACharacterAtATime) {
   Live(1).SequenceTime = 100;
   std::vector<std::string> seen;
   seen.push_back(Step());
-  for (int i = 0; i < 6; ++i) {
+  for (int i = 0; i < 7; ++i) {
     clock.Advance(50);
     seen.push_back(Step());  // between steps the same prefix stays
     clock.Advance(51);
     seen.push_back(Step());
   }
+  // The whole word stays for two steps (the counter goes one past its length), then the build-up
+  // starts again.
   EXPECT_EQ(seen, (std::vector<std::string>{"f", "f", "fa", "fa", "fat", "fat", "fata", "fata", "fatal", "fatal",
-                                            "fatal", "", "f"}));
+                                            "fatal", "fatal", "fatal", "", "f"}));
 
   // An empty string has nothing to build: nothing shows and the counter stays 0.
   AddFixed("", 100000);
