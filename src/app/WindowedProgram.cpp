@@ -47,6 +47,7 @@
 #include "shell/OutputDisplay.h"
 #include "shell/MessageWindow.h"
 #include "shell/SplashWindow.h"
+#include "shell/StageTheme.h"
 
 namespace lumivane {
 
@@ -175,7 +176,9 @@ class WindowedProgram final : public OutputHost, public PlaybackHost {
     ConnectClones();
     ConnectModelReading();
     QuitOnSignals([this] { Quit(false, true); });
-    // The colour scheme would be applied here, before the first window shows.
+    // The colour scheme, read once, before the first window shows.
+    scheme_ = ReadColourScheme(QSettings());
+    ApplyTheme(LightThemeChosen(QSettings()), scheme_);
     QCoreApplication::processEvents();
     ShowSplash();
     BuildWindows();
@@ -185,7 +188,7 @@ class WindowedProgram final : public OutputHost, public PlaybackHost {
     window_->show();
     stage_.Main.Reset();
     // MIDI connects here once MIDI control exists.
-    if (QSettings().value(QStringLiteral("LastMIDIEnabled")).toInt() == 1)
+    if (QSettings().value(QStringLiteral("MIDI/LastMIDIEnabled")).toInt() == 1)
       splash_.SetStatus(QStringLiteral("Connecting to MIDI..."));
     splash_.SetStatus(QStringLiteral("Loading Last Particle Presets..."));
     // The output count comes before the command line, so a show started from it has its clones too.
@@ -313,6 +316,16 @@ class WindowedProgram final : public OutputHost, public PlaybackHost {
     shapeWindow_->PictureFolder = QString::fromStdString(folder);
     QMenu* textMenu = window_->menuBar()->addMenu(QObject::tr("&Text"));
     ShowOnAction(textMenu->addAction(QObject::tr("3D &Shape...")), shapeWindow_.get());
+    // Dark windows on a dark stage; the light ones for a bright room, kept for the next start.
+    QMenu* viewMenu = window_->menuBar()->addMenu(QObject::tr("&View"));
+    QAction* light = viewMenu->addAction(QObject::tr("&Light Windows"));
+    light->setCheckable(true);
+    light->setChecked(LightThemeChosen(QSettings()));
+    QObject::connect(light, &QAction::toggled, [this](bool on) {
+      QSettings settings;
+      ChooseLightTheme(settings, on);
+      ApplyTheme(on, scheme_);
+    });
     QObject::connect(outputMenu->addAction(QObject::tr("&Device Information")), &QAction::triggered, [this] {
       FrameRenderer* renderer = RunningRenderer();
       msgBox_.Show(renderer != nullptr ? renderer->GetDevicePropertyInfo()
@@ -381,6 +394,7 @@ class WindowedProgram final : public OutputHost, public PlaybackHost {
   std::unique_ptr<QFile> log_;
   QStringList families_;
   bool quitting_ = false;
+  UiColourScheme scheme_;
   SplashWindow splash_;
   std::unique_ptr<MainWindow> window_;
   std::unique_ptr<FileMenu> fileMenu_;
